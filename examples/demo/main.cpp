@@ -1,0 +1,13 @@
+// A tour of tesskit2d on built-in meshes: each step prints its status, the
+// element counts before and after, and the time it took.
+
+#include <cstdio>
+
+#include "steps.h"
+#include "tesskit2d/version.h"
+
+int main() {
+  std::printf("tesskit2d %s demo\n", kelm::tesskit2d::version());
+  demo::linear_reduction_steps();
+  return 0;
+}

@@ -1,0 +1,9 @@
+#pragma once
+// tesskit2d: operations on two-dimensional and surface meshes. Including this
+// header brings in every family; each family's own header is enough for its
+// exports.
+
+#include "tesskit2d/mesh.h"
+#include "tesskit2d/version.h"
+
+#include "tesskit2d/linear_reduction.h"

@@ -1,0 +1,31 @@
+#pragma once
+// Raw storage of treisoma's buffers.
+
+/// Allocates `bytes` bytes. Returns null when memory is exhausted; callers
+/// test for null and have no other failure path.
+void *__vector_num_alloc(unsigned bytes) noexcept;
+
+/// Frees what `__vector_num_alloc` returned. Null is ignored.
+void __vector_num_free(void *p) noexcept;
+
+#ifdef TREISOMA_FAULT_INJECTION
+namespace kelm {
+namespace treisoma {
+
+/// Fault injection for tests. Present only in builds configured with
+/// TREISOMA_FAULT_INJECTION; release builds have neither the switch nor its
+/// cost. The state is per thread, so tests running in parallel threads do not
+/// disturb each other.
+///
+/// `fail_allocation_at(n)` makes the n-th raw allocation from now fail
+/// (counting from 0) and only that one; `disarm_allocation_failure()` cancels
+/// it. `allocation_failure_fired()` tells whether the armed failure was
+/// reached; a test sweeps n upward until it is not, which proves that every
+/// allocation of a call has been made to fail once.
+void fail_allocation_at(unsigned long n) noexcept;
+void disarm_allocation_failure() noexcept;
+bool allocation_failure_fired() noexcept;
+
+} // namespace treisoma
+} // namespace kelm
+#endif

@@ -1,0 +1,17 @@
+#include "foundation/element_conventions.h"
+
+namespace kelm {
+namespace tesskit2d {
+namespace {
+
+// Indexed by the numeric value of element_type: no element, point, line
+// family, E2, E3, surface family, T3, Q4, T6, Q8, Q9, solid family, then the
+// eleven solid kinds.
+constexpr int node_counts[23] = {0, 1, 2, 2, 3, 4, 3, 4, 6, 8, 9, 8, 4, 10, 5, 13, 14, 6, 15, 18, 8, 20, 27};
+
+} // namespace
+
+int element_node_count(element_type type) noexcept { return node_counts[type]; }
+
+} // namespace tesskit2d
+} // namespace kelm

@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+
+#include "support/allocation_failure.h"
+#include "support/arrays.h"
+#include "tesskit2d/linear_reduction.h"
+
+using namespace tk_test;
+using namespace kelm::tesskit2d;
+using cols_t = std::vector<std::vector<unsigned>>;
+
+namespace {
+
+// A T6 and a Q9 in one 9-row array; the triangle is marked in row 6.
+dense2D<unsigned> mixed_quadratic() {
+  return conn({{0, 1, 2, 10, 11, 12, null_id, null_id, null_id}, {1, 3, 4, 2, 20, 21, 22, 10, 23}});
+}
+
+} // namespace
+
+TEST(ConvertIntoLinear, DropsMidNodesAndMarksTrianglesInRow3) {
+  for (bool stride : {false, true}) {
+    auto a = stride ? strided(mixed_quadratic()) : mixed_quadratic();
+    ASSERT_EQ(convert_into_linear(a), 0);
+    EXPECT_EQ(as_columns(a), (cols_t{{0, 1, 2, null_id}, {1, 3, 4, 2}}));
+
+    auto t6 = conn({{0, 1, 2, 3, 4, 5}});
+    if (stride) t6 = strided(t6);
+    ASSERT_EQ(convert_into_linear(t6), 0);
+    EXPECT_EQ(as_columns(t6), (cols_t{{0, 1, 2}}));
+  }
+}
+
+TEST(ConvertIntoLinear, RefusesLinearInputButNotEmptyInput) {
+  auto t3 = conn({{0, 1, 2}});
+  EXPECT_EQ(convert_into_linear(t3), -1);
+  EXPECT_EQ(as_columns(t3), (cols_t{{0, 1, 2}}));
+  auto q4 = conn({{0, 1, 2, 3}});
+  EXPECT_EQ(convert_into_linear(q4), -1);
+  dense2D<unsigned> empty(4, 0);
+  EXPECT_EQ(convert_into_linear(empty), 0);
+  dense2D<unsigned> no_rows(0, 5);
+  EXPECT_EQ(convert_into_linear(no_rows), 0);
+}
+
+TEST(SplitIntoLinear, AppendsTheFourChildrenInOrder) {
+  const auto t6 = conn({{0, 1, 2, 3, 4, 5}});
+  dense2D<unsigned> out = conn({{7, 8, 9}});
+  ASSERT_EQ(split_into_linear(strided(t6), out), 0);
+  EXPECT_EQ(as_columns(out), (cols_t{{7, 8, 9}, {0, 5, 4}, {1, 3, 5}, {2, 4, 3}, {3, 4, 5}}));
+
+  dense2D<unsigned> out4 = conn({{7, 8, 9, 6}});
+  ASSERT_EQ(split_into_linear(t6, out4), 0);
+  EXPECT_EQ(as_columns(out4),
+            (cols_t{{7, 8, 9, 6}, {0, 5, 4, null_id}, {1, 3, 5, null_id}, {2, 4, 3, null_id}, {3, 4, 5, null_id}}));
+
+  dense2D<unsigned> fresh;
+  ASSERT_EQ(split_into_linear(t6, fresh), 0);
+  EXPECT_EQ(fresh.rows, 3u);
+  EXPECT_EQ(fresh.cols, 4u);
+}
+
+TEST(SplitIntoLinear, MixedQuadraticInputWidensA3RowOutput) {
+  dense2D<unsigned> out = conn({{7, 8, 9}});
+  ASSERT_EQ(split_into_linear(strided(mixed_quadratic()), out), 0);
+  EXPECT_EQ(as_columns(out), (cols_t{{7, 8, 9, null_id},
+                                     {0, 12, 11, null_id},
+                                     {1, 10, 12, null_id},
+                                     {2, 11, 10, null_id},
+                                     {10, 11, 12, null_id},
+                                     {1, 20, 23, 10},
+                                     {3, 21, 23, 20},
+                                     {4, 22, 23, 21},
+                                     {2, 10, 23, 22}}));
+  // Only T6 parents, still the 3-row output becomes 4 rows.
+  dense2D<unsigned> tri_out = conn({{7, 8, 9}});
+  ASSERT_EQ(split_into_linear(conn({{0, 1, 2, 3, 4, 5, null_id, null_id, null_id}}), tri_out), 0);
+  EXPECT_EQ(tri_out.rows, 4u);
+  EXPECT_EQ(tri_out(3, 0), null_id);
+}
+
+TEST(SplitIntoLinear, StatusesInCheckingOrder) {
+  dense2D<unsigned> bad_out(5, 1, 0);
+  EXPECT_EQ(split_into_linear(dense2D<unsigned>(8, 0), bad_out), 0); // empty input: nothing checked
+  EXPECT_EQ(split_into_linear(conn({{0, 1, 2, 3, 4, 5, 6, 7}}), bad_out), -1);
+  EXPECT_EQ(split_into_linear(conn({{0, 1, 2, 3, 4, 5}}), bad_out), -2);
+  dense2D<unsigned> rows5_no_cols(5, 0);
+  EXPECT_EQ(split_into_linear(conn({{0, 1, 2, 3, 4, 5}}), rows5_no_cols), -2); // rows alone are tested
+  EXPECT_EQ(bad_out.cols, 1u);
+}
+
+TEST(SplitIntoLinear, OutOfMemoryLeavesOutputUnchanged) {
+  const auto parents = mixed_quadratic();
+  for (unsigned start_rows : {3u, 4u}) {
+    const unsigned long walked = sweep_allocation_failures([&](unsigned long n) {
+      auto out = start_rows == 3 ? conn({{7, 8, 9}}) : conn({{7, 8, 9, 6}});
+      int status = 1;
+      const bool failed = fail_during(n, [&] { status = split_into_linear(parents, out); });
+      if (status == -199) {
+        EXPECT_EQ(as_columns(out), as_columns(start_rows == 3 ? conn({{7, 8, 9}}) : conn({{7, 8, 9, 6}})));
+      } else {
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(out.cols, 9u);
+      }
+      EXPECT_EQ(status == -199, failed);
+      return failed;
+    });
+    EXPECT_GE(walked, 1u);
+  }
+}
+
+TEST(SplitQ4IntoT3, SplitsQuadranglesAlongDiagonal02AndCountsThem) {
+  const auto mesh = conn({{0, 1, 2, 3}, {1, 4, 2, null_id}, {4, 5, 6, 7}});
+  dense2D<unsigned> out = conn({{9, 9, 9}});
+  EXPECT_EQ(split_Q4_into_T3(strided(mesh), out), 2);
+  EXPECT_EQ(as_columns(out), (cols_t{{9, 9, 9}, {0, 1, 2}, {2, 3, 0}, {1, 4, 2}, {4, 5, 6}, {6, 7, 4}}));
+
+  dense2D<unsigned> copied;
+  EXPECT_EQ(split_Q4_into_T3(strided(conn({{0, 1, 2}, {2, 3, 0}})), copied), 0);
+  EXPECT_EQ(as_columns(copied), (cols_t{{0, 1, 2}, {2, 3, 0}}));
+}
+
+TEST(SplitQ4IntoT3, StatusesInCheckingOrder) {
+  dense2D<unsigned> bad_out = conn({{1, 2, 3, 4}});
+  EXPECT_EQ(split_Q4_into_T3(dense2D<unsigned>(7, 0), bad_out), 0);
+  EXPECT_EQ(split_Q4_into_T3(dense2D<unsigned>(0, 2), bad_out), -1); // only cols is tested for emptiness
+  EXPECT_EQ(split_Q4_into_T3(conn({{0, 1, 2, 3, 4}}), bad_out), -1);
+  EXPECT_EQ(split_Q4_into_T3(conn({{0, 1, 2, 3}}), bad_out), -2);
+  dense2D<unsigned> empty4(4, 0);
+  EXPECT_EQ(split_Q4_into_T3(conn({{0, 1, 2, 3}}), empty4), 1); // an empty output of any rows is taken
+}
+
+TEST(SplitQ4IntoT3, OutOfMemoryLeavesOutputUnchanged) {
+  for (const auto &mesh : {conn({{0, 1, 2, 3}, {1, 4, 2, null_id}}), conn({{0, 1, 2}, {2, 3, 0}})}) {
+    sweep_allocation_failures([&](unsigned long n) {
+      auto out = conn({{9, 9, 9}});
+      int status = 0;
+      const bool failed = fail_during(n, [&] { status = split_Q4_into_T3(mesh, out); });
+      if (status == -199)
+        EXPECT_EQ(as_columns(out), (cols_t{{9, 9, 9}}));
+      else
+        EXPECT_EQ(out.cols, mesh.rows == 4 ? 4u : 3u);
+      EXPECT_TRUE(status != -199 || failed);
+      return failed;
+    });
+  }
+}

@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "support/allocation_failure.h"
+#include "support/arrays.h"
+#include "tesskit/check_IDs.h"
+#include "treisoma/lapack.h"
+
+using namespace tk_test;
+
+TEST(Dense2D, ResizeKeepsElementsWhenRowsChange) {
+  dense2D<unsigned> a(9, 3);
+  for (unsigned j = 0; j < 3; ++j)
+    for (unsigned i = 0; i < 9; ++i)
+      a(i, j) = 10 * j + i;
+
+  ASSERT_TRUE(a.resize(4, 3)); // a shrink keeps the stride and moves nothing
+  EXPECT_EQ(a.rows, 4u);
+  EXPECT_GE(a.ld, 4u);
+  for (unsigned j = 0; j < 3; ++j)
+    for (unsigned i = 0; i < 4; ++i)
+      EXPECT_EQ(a(i, j), 10 * j + i);
+
+  dense2D<unsigned> b = conn({{1, 2, 3}, {4, 5, 6}});
+  ASSERT_TRUE(b.resize(4, 3, 99)); // wider and longer: only new elements filled
+  EXPECT_EQ(as_columns(b), (std::vector<std::vector<unsigned>>{{1, 2, 3, 99}, {4, 5, 6, 99}, {99, 99, 99, 99}}));
+  ASSERT_TRUE(b.resize(2, 2, 7));
+  EXPECT_EQ(as_columns(b), (std::vector<std::vector<unsigned>>{{1, 2}, {4, 5}}));
+}
+
+TEST(Dense2D, ReserveFixesStrideOfEmptyArrayAndSpreadsFullOne) {
+  dense2D<unsigned> a;
+  ASSERT_TRUE(a.reserve(3, 10));
+  EXPECT_EQ(a.cols, 0u);
+  EXPECT_EQ(a.ld, 3u);
+  EXPECT_GE(a.column_capacity(), 10u);
+
+  dense2D<unsigned> b = conn({{1, 2, 3}, {4, 5, 6}});
+  ASSERT_TRUE(b.reserve(4, 8));
+  EXPECT_EQ(b.rows, 3u);
+  EXPECT_EQ(b.ld, 4u);
+  EXPECT_GE(b.column_capacity(), 8u);
+  EXPECT_EQ(as_columns(b), (std::vector<std::vector<unsigned>>{{1, 2, 3}, {4, 5, 6}}));
+}
+
+TEST(Buffer, GrowthIsSeenByEveryViewAndStartsAtTwo) {
+  dense1D<double, 8> a;
+  dense1D<double, 8> b(a);
+  ASSERT_TRUE(a.buffer->__grow(1, 0, 2));
+  EXPECT_GE(a.buffer->capacity, 2u);
+  a.push_back(1.5);
+  for (int k = 0; k < 100; ++k)
+    a.push_back(k);
+  EXPECT_EQ(b.buffer->data, a.buffer->data);
+  EXPECT_EQ(b.buffer->data[0], 1.5);
+  EXPECT_EQ(a.buffer->count.load(), 2u);
+}
+
+TEST(Buffer, CallerOwnedStorageIsUsedInPlaceAndNeverFreed) {
+  double xy[6] = {0, 0, 1, 0, 0, 1};
+  {
+    auto v = dense2D<double>::view(xy, 2, 3);
+    v(1, 2) = 2.0;
+    EXPECT_EQ(xy[5], 2.0);
+    ASSERT_TRUE(v.resize(2, 40)); // moves into storage of its own
+    EXPECT_NE(v.buffer->data, xy);
+    EXPECT_EQ(v(1, 2), 2.0);
+    v(0, 0) = 5.0;
+  }
+  EXPECT_EQ(xy[0], 0.0); // the caller's storage is left alone once moved
+}
+
+TEST(Dense2D, CopyIsDeepAndPacked) {
+  dense2D<unsigned> a = strided(conn({{1, 2, 3}, {4, 5, 6}}));
+  dense2D<unsigned> b;
+  ASSERT_TRUE(b.copy(a));
+  EXPECT_EQ(b.ld, 3u);
+  EXPECT_EQ(as_columns(b), as_columns(a));
+  b(0, 0) = 42;
+  EXPECT_EQ(a(0, 0), 1u);
+}
+
+TEST(Dense2D, FailedGrowthLeavesArrayAsItWas) {
+  sweep_allocation_failures([](unsigned long n) {
+    dense2D<unsigned> a = conn({{1, 2, 3}, {4, 5, 6}});
+    const unsigned *before = a.buffer->data;
+    bool ok = false;
+    const bool failed = fail_during(n, [&] { ok = a.resize(4, 1000, 0); });
+    EXPECT_EQ(ok, !failed);
+    if (failed) {
+      EXPECT_EQ(a.buffer->data, before);
+      EXPECT_EQ(a.rows, 3u);
+      EXPECT_EQ(as_columns(a), (std::vector<std::vector<unsigned>>{{1, 2, 3}, {4, 5, 6}}));
+    }
+    return failed;
+  });
+}
+
+TEST(Lapack, DspevGivesKnownEigenpairs) {
+  // [[2, 1, 0], [1, 2, 0], [0, 0, 5]] has eigenvalues 1, 3, 5.
+  double ap[6] = {2, 1, 2, 0, 0, 5}; // packed upper triangle by columns
+  double w[3], z[9], work[9];
+  ASSERT_EQ(kelm::lapack::dspev('V', 'U', 3, ap, w, z, 3, work), 0);
+  EXPECT_NEAR(w[0], 1, 1e-14);
+  EXPECT_NEAR(w[1], 3, 1e-14);
+  EXPECT_NEAR(w[2], 5, 1e-14);
+  EXPECT_NEAR(std::fabs(z[0]), std::sqrt(0.5), 1e-14); // (1, -1, 0) / sqrt 2
+  EXPECT_NEAR(z[0] + z[1], 0, 1e-14);
+  EXPECT_NEAR(std::fabs(z[8]), 1, 1e-14);
+
+  double bp[6] = {2, 1, 2, 0, 0, 5};
+  ASSERT_EQ(kelm::lapack::dspev('N', 'U', 3, bp, w, nullptr, 1, work), 0);
+  EXPECT_NEAR(w[1], 3, 1e-14);
+  EXPECT_EQ(kelm::lapack::dspev('X', 'U', 3, bp, w, nullptr, 1, work), -1);
+}
+
+TEST(CheckIDs, ShapeBoundsAndNullRows) {
+  using kelm::tesskit::check_IDs;
+  const auto quads = conn({{0, 1, 2, 3}, {1, 2, 3, null_id}});
+  EXPECT_TRUE(check_IDs(quads, kelm::MIXED, 4));
+  EXPECT_FALSE(check_IDs(quads, kelm::MIXED, 3));
+  EXPECT_FALSE(check_IDs(quads, kelm::Q4, 4)); // null_id is no node of a Q4
+  EXPECT_FALSE(check_IDs(quads, kelm::T3, 4)); // wrong rows
+  EXPECT_TRUE(check_IDs(strided(conn({{0, 1}, {1, 2}})), kelm::E2, 3));
+  EXPECT_FALSE(check_IDs(conn({{0, 1}, {1, null_id}}), kelm::E2, 0xFFFFFFFFu));
+  EXPECT_TRUE(check_IDs(conn({{0, 1}, {1, 7}}), kelm::E2, 0xFFFFFFFFu));
+
+  EXPECT_TRUE(check_IDs(conn({{0, null_id, 2}}), 3));
+  EXPECT_FALSE(check_IDs(conn({{0, 3, 2}}), 3));
+
+  dense1D<unsigned, 8> ids(3, 2);
+  EXPECT_TRUE(check_IDs(ids, 3));
+  ids[1] = 3;
+  EXPECT_FALSE(check_IDs(ids, 3));
+}
