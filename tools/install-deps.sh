@@ -3,7 +3,7 @@
 # is there already; needs root (or sudo) only when something has to be installed.
 set -euo pipefail
 
-needed=(g++ cmake make liblapack-dev libgtest-dev libbenchmark-dev)
+needed=(g++ make cmake liblapack-dev libgtest-dev libbenchmark-dev)
 missing=()
 for pkg in "${needed[@]}"; do
   status=$(dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null || true)
