@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <vector>
+
+#include "foundation/hash_table.h"
+#include "foundation/stamped_set.h"
+#include "foundation/vector_fast.h"
+#include "support/allocation_failure.h"
+#include "support/arrays.h"
+
+using namespace tk_test;
+using namespace kelm::tesskit2d;
+
+namespace {
+
+using edge_map = hash_table<triad<pair<edge2, unsigned>, unsigned, unsigned>>;
+using id_set = hash_table<triad<unsigned, unsigned, unsigned>>;
+using id_map = hash_table<triad<pair<unsigned, unsigned>, unsigned, unsigned>>;
+
+// Every live key of a map with its value, in iteration order.
+std::vector<std::pair<unsigned, unsigned>> live_pairs(const id_map &t) {
+  std::vector<std::pair<unsigned, unsigned>> out;
+  t.for_each_live([&](const auto &r, unsigned) { out.emplace_back(r.first.first, r.first.second); });
+  return out;
+}
+
+} // namespace
+
+TEST(HashTable, BucketCountsComeFromThePrimeTable) {
+  EXPECT_EQ(prime_at_least(0), 13u);
+  EXPECT_EQ(prime_at_least(13), 13u);
+  EXPECT_EQ(prime_at_least(14), 23u);
+  EXPECT_EQ(prime_at_least(6291469), 6291469u);
+  EXPECT_EQ(prime_at_least(0xFFFFFFFFu), 4294967291u);
+
+  id_set t(23);
+  EXPECT_EQ(t.n_buckets, 23u);
+  EXPECT_EQ(t.used, 23u);
+  EXPECT_EQ(t.stamp, 1u);
+  EXPECT_GE(t.records->capacity, 23u + 11u); // 23 * 23 / 46 overflow records
+  ASSERT_TRUE(t.initialise(0, 0));
+  EXPECT_EQ(t.n_buckets, 23u); // 13 is never a bucket count
+  ASSERT_TRUE(t.initialise(100, 100));
+  EXPECT_EQ(t.n_buckets, 193u);
+}
+
+TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientation) {
+  EXPECT_EQ(key_hash(edge2(7, 900)), key_hash(edge2(900, 7)));
+  edge_map t(23);
+  const auto first = t.insert_checked({{edge2(4, 9), 100}, 0, 0});
+  ASSERT_TRUE(first.inserted);
+  const auto again = t.insert_checked({{edge2(9, 4), 200}, 0, 0});
+  EXPECT_FALSE(again.inserted);
+  EXPECT_EQ(again.position, first.position);
+  EXPECT_EQ(t.n_live, 1u);
+  const unsigned at = t.find(edge2(9, 4));
+  ASSERT_NE(at, t.end());
+  EXPECT_EQ(t[at].first.first.a, 4u); // stored as first met
+  EXPECT_EQ(t[at].first.first.b, 9u);
+  EXPECT_EQ(t[at].first.second, 100u); // the first value wins
+  EXPECT_EQ(t.find(edge2(4, 10)), t.end());
+}
+
+TEST(HashTable, LoadAboveTwoRebuildsAndKeepsEveryMapping) {
+  id_map t(23);
+  for (unsigned k = 0; k < 46; ++k)
+    t.insert_checked({{k * 23, k}, 0, 0}); // one bucket: a long overflow chain
+  EXPECT_EQ(t.n_buckets, 23u);
+  EXPECT_EQ(t.used, 23u + 45u);
+  t.insert_checked({{46 * 23, 46}, 0, 0});
+  EXPECT_EQ(t.n_buckets, 53u); // the 47th key
+  for (unsigned k = 47; k < 5000; ++k)
+    t.insert_checked({{k * 7919u, k}, 0, 0});
+  EXPECT_EQ(t.n_live, 5000u);
+  for (unsigned k = 0; k < 5000; ++k) {
+    const unsigned key = k < 47 ? k * 23 : k * 7919u;
+    const unsigned at = t.find(key);
+    ASSERT_NE(at, t.end()) << k;
+    EXPECT_EQ(t[at].first.second, k);
+  }
+  EXPECT_EQ(t.find(1), t.end());
+}
+
+TEST(HashTable, IterationRunsHeadsThenOverflowInCreationOrder) {
+  id_map t(23);
+  for (unsigned key : {5u, 28u, 51u, 3u, 74u}) // 5, 28, 51, 74 share bucket 5
+    t.insert_checked({{key, key}, 0, 0});
+  std::vector<unsigned> order;
+  t.for_each_live([&](const auto &r, unsigned) { order.push_back(r.first.first); });
+  EXPECT_EQ(order, (std::vector<unsigned>{3, 5, 28, 51, 74}));
+  EXPECT_EQ(live_pairs(t).size(), 5u);
+  ASSERT_TRUE(t.initialise(23, 23)); // empties without dropping storage
+  EXPECT_EQ(t.n_live, 0u);
+  EXPECT_EQ(t.find(28), t.end());
+  order.clear();
+  t.for_each_live([&](const auto &r, unsigned) { order.push_back(r.first.first); });
+  EXPECT_TRUE(order.empty());
+}
+
+TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
+  id_map t(23);
+  for (unsigned k = 0; k < 30; ++k)
+    t.insert_checked({{k, k + 1}, 0, 0});
+  EXPECT_TRUE(fail_during(0, [&] { EXPECT_FALSE(t.reserve(5000)); }));
+  EXPECT_EQ(t.n_buckets, 23u);
+  EXPECT_EQ(t[t.find(29)].first.second, 30u);
+
+  // A full overflow area that cannot grow: the chain's last record comes
+  // back and the key count does not move.
+  id_set s(23);
+  const unsigned room = s.records->capacity;
+  unsigned k = 0;
+  for (; s.used < room; k += 23)
+    s.insert(k, {k, 0, 0});
+  const unsigned live = s.n_live;
+  unsigned got = 0;
+  EXPECT_TRUE(fail_during(0, [&] { got = s.insert(k, {k, 0, 0}); }));
+  EXPECT_EQ(s.n_live, live);
+  EXPECT_EQ(s[got].first, k - 23);
+}
+
+TEST(VectorFast, KeepsDistinctIdsInFirstSeenOrder) {
+  id_list used;
+  EXPECT_EQ(used.table.n_buckets, 23u);
+  used.push_back_unique(5);
+  used.push_back_unique(3);
+  used.push_back_unique(5);
+  EXPECT_EQ(as_vector<unsigned>(used), (std::vector<unsigned>{5, 3}));
+  EXPECT_EQ(used.position_of(3), 1u);
+  EXPECT_EQ(used.position_of(5), 0u);
+  EXPECT_EQ(used.position_of(4), null_id);
+
+  // Growth through several rebuilds keeps every position.
+  ASSERT_TRUE(used.table.reserve(10));
+  for (unsigned k = 0; k < 3000; ++k)
+    used.push_back_unique((k * 2654435761u) % 1000u + 10);
+  EXPECT_EQ(used.size, 2u + 1000u);
+  for (unsigned i = 0; i < used.size; ++i)
+    ASSERT_EQ(used.position_of(used[i]), i);
+
+  used.size = 0; // how callers empty it for reuse
+  ASSERT_TRUE(used.table.initialise(23, 23));
+  used.push_back_unique(8);
+  EXPECT_EQ(used.position_of(8), 0u);
+  EXPECT_EQ(used.position_of(5), null_id);
+}
+
+TEST(StampedSet, ClearIsANewGenerationUntilTheStampWraps) {
+  stamped_set s;
+  ASSERT_TRUE(s.resize(10));
+  s.clear();
+  EXPECT_FALSE(s.contains(4));
+  s.insert(4);
+  EXPECT_TRUE(s.contains(4));
+  s.clear();
+  EXPECT_FALSE(s.contains(4));
+  EXPECT_EQ(s.stamp, 2u);
+
+  s.insert(7);
+  s.stamp = 0xFFFFFFFFu;
+  s.insert(3);
+  s.clear();
+  EXPECT_EQ(s.stamp, 1u);
+  for (unsigned i = 0; i < 10; ++i)
+    EXPECT_EQ(s.marks[i], 0u) << i; // a stale mark must not come back at stamp 1
+}
