@@ -36,7 +36,7 @@ dense2D<unsigned> grid_triangles(unsigned n) {
     for (unsigned i = 0; i < n; ++i) {
       const unsigned a = j * (n + 1) + i, b = a + 1, c = a + n + 2, d = a + n + 1, e = 2 * (j * n + i);
       const unsigned cell[2][3] = {{a, b, c}, {a, c, d}}, flipped[2][3] = {{a, b, d}, {b, c, d}};
-      const auto &pick = (i + j) % 2 ? flipped : cell;
+      const auto& pick = (i + j) % 2 ? flipped : cell;
       for (unsigned k = 0; k < 2; ++k)
         for (unsigned r = 0; r < 3; ++r)
           t(r, e + k) = pick[k][r];

@@ -12,7 +12,7 @@ using kelm::dense2D;
 
 /// Reports the time per element as the counter "ns/elem" (shown in seconds
 /// with an SI prefix, so 12.3n reads as 12.3 ns).
-inline void per_element(benchmark::State &state, double elements_per_iteration) {
+inline void per_element(benchmark::State& state, double elements_per_iteration) {
   state.counters["ns/elem"] = benchmark::Counter(elements_per_iteration, benchmark::Counter::kIsIterationInvariantRate |
                                                                              benchmark::Counter::kInvert);
 }

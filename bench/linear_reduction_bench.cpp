@@ -19,7 +19,7 @@ dense2D<unsigned> q9_grid(unsigned n) {
   return c;
 }
 
-void split_into_linear_Q9(benchmark::State &state) {
+void split_into_linear_Q9(benchmark::State& state) {
   const dense2D<unsigned> conn = q9_grid(1000);
   for (auto _ : state) {
     dense2D<unsigned> out;
@@ -29,7 +29,7 @@ void split_into_linear_Q9(benchmark::State &state) {
 }
 BENCHMARK(split_into_linear_Q9)->Unit(benchmark::kMillisecond);
 
-void split_Q4_into_T3_connectivity(benchmark::State &state) {
+void split_Q4_into_T3_connectivity(benchmark::State& state) {
   const dense2D<unsigned> conn = bench::grid_quadrangles(1000);
   for (auto _ : state) {
     dense2D<unsigned> out;

@@ -47,7 +47,7 @@ dense2D<unsigned> mixed_quadratic_grid(unsigned n) {
         const unsigned t[2][6] = {
             {id(x, y), id(x + 2, y), id(x + 2, y + 2), id(x + 2, y + 1), id(x + 1, y + 1), id(x + 1, y)},
             {id(x, y), id(x + 2, y + 2), id(x, y + 2), id(x + 1, y + 2), id(x, y + 1), id(x + 1, y + 1)}};
-        for (const auto &tri : t) {
+        for (const auto& tri : t) {
           c.resize(9, c.cols + 1);
           for (unsigned r = 0; r < 6; ++r)
             c(r, c.cols - 1) = tri[r];

@@ -5,7 +5,7 @@ namespace tesskit2d {
 
 /// The library's version, "5.3.0.0". The text lives in static storage: the
 /// same pointer every time, never to be freed.
-const char *version() noexcept;
+const char* version() noexcept;
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -13,24 +13,24 @@ namespace {
 constexpr unsigned T6_children[4][3] = {{0, 5, 4}, {1, 3, 5}, {2, 4, 3}, {3, 4, 5}};
 constexpr unsigned Q9_children[4][4] = {{0, 4, 8, 7}, {1, 5, 8, 4}, {2, 6, 8, 5}, {3, 7, 8, 6}};
 
-void append_T6_children_3(const unsigned *c, dense2D<unsigned> &out) noexcept {
-  for (const auto &k : T6_children)
+void append_T6_children_3(const unsigned* c, dense2D<unsigned>& out) noexcept {
+  for (const auto& k : T6_children)
     push_column<3>(out, {c[k[0]], c[k[1]], c[k[2]]});
 }
 
-void append_T6_children_4(const unsigned *c, dense2D<unsigned> &out) noexcept {
-  for (const auto &k : T6_children)
+void append_T6_children_4(const unsigned* c, dense2D<unsigned>& out) noexcept {
+  for (const auto& k : T6_children)
     push_column<4>(out, {c[k[0]], c[k[1]], c[k[2]], null_id});
 }
 
-void append_Q9_children(const unsigned *c, dense2D<unsigned> &out) noexcept {
-  for (const auto &k : Q9_children)
+void append_Q9_children(const unsigned* c, dense2D<unsigned>& out) noexcept {
+  for (const auto& k : Q9_children)
     push_column<4>(out, {c[k[0]], c[k[1]], c[k[2]], c[k[3]]});
 }
 
 } // namespace
 
-int split_into_linear(const dense2D<unsigned> &conn, dense2D<unsigned> &out) noexcept {
+int split_into_linear(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept {
   const unsigned n = conn.cols;
   if (conn.rows * n == 0) return 0;
   if (conn.rows != 6 && conn.rows != 9) return -1;
@@ -67,7 +67,7 @@ int split_into_linear(const dense2D<unsigned> &conn, dense2D<unsigned> &out) noe
   return 0;
 }
 
-int split_Q4_into_T3(const dense2D<unsigned> &conn, dense2D<unsigned> &out) noexcept {
+int split_Q4_into_T3(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept {
   const unsigned n = conn.cols;
   if (n == 0) return 0;
   if (conn.rows != 3 && conn.rows != 4) return -1;
@@ -77,7 +77,7 @@ int split_Q4_into_T3(const dense2D<unsigned> &conn, dense2D<unsigned> &out) noex
   if (!out.reserve(3, out.cols + 2 * n, 1)) return -199;
   int split = 0;
   for (unsigned j = 0; j < n; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     const unsigned a = c[0], b = c[1], cc = c[2], d = c[3];
     push_column<3>(out, {a, b, cc});
     if (d != null_id) {

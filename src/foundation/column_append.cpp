@@ -5,7 +5,7 @@
 namespace kelm {
 namespace tesskit2d {
 
-bool append_columns(dense2D<unsigned> &dest, const dense2D<unsigned> &source) noexcept {
+bool append_columns(dense2D<unsigned>& dest, const dense2D<unsigned>& source) noexcept {
   if (source.rows * source.cols == 0) return true;
   const unsigned rows = source.rows, old_cols = dest.cols;
   if (dest.column_capacity() < old_cols + source.cols)

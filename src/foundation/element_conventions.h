@@ -19,7 +19,7 @@ constexpr unsigned quadrangle_edge[4][2] = {{0, 1}, {1, 2}, {2, 3}, {3, 0}};
 /// `out_pair` and returns the position after them. Row 3 of `null_id` makes
 /// the column a triangle; for a triangle and i of 3 or more nothing is
 /// written and `out_pair` is returned unchanged.
-inline unsigned *element_edge(unsigned i, const unsigned *column, unsigned *out_pair) noexcept {
+inline unsigned* element_edge(unsigned i, const unsigned* column, unsigned* out_pair) noexcept {
   if (column[3] == null_id) {
     if (i >= 3) return out_pair;
     out_pair[0] = column[triangle_edge[i][0]];
@@ -34,9 +34,9 @@ inline unsigned *element_edge(unsigned i, const unsigned *column, unsigned *out_
 /// Counts the entries equal to `value` along the run from `begin` to `end`
 /// in steps of `stride`. With row 3 of a 4-row conn and `null_id`, the number
 /// of triangles.
-inline unsigned count_null_rows(const unsigned *begin, unsigned stride, const unsigned *end, unsigned value) noexcept {
+inline unsigned count_null_rows(const unsigned* begin, unsigned stride, const unsigned* end, unsigned value) noexcept {
   unsigned n = 0;
-  for (const unsigned *p = begin; p < end; p += stride)
+  for (const unsigned* p = begin; p < end; p += stride)
     n += *p == value;
   return n;
 }

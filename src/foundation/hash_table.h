@@ -32,7 +32,7 @@ namespace tesskit2d {
 template <class Record> class hash_table {
 public:
   using storage = vector_num<Record, 8>;
-  using key_type = std::decay_t<decltype(key_of(std::declval<const Record &>().first))>;
+  using key_type = std::decay_t<decltype(key_of(std::declval<const Record&>().first))>;
 
   /// Result of `insert_checked`: the record's position (`null` when the
   /// table could not be enlarged) and whether the key was new.
@@ -46,8 +46,8 @@ public:
   /// the table then has no buckets, and callers test the `reserve` or
   /// `rehash` that they make before inserting.
   explicit hash_table(unsigned n) : records(new storage) { initialise(n, n); }
-  hash_table(const hash_table &) = delete;
-  hash_table &operator=(const hash_table &) = delete;
+  hash_table(const hash_table&) = delete;
+  hash_table& operator=(const hash_table&) = delete;
 
   /// Empties the table and gives it at least `n_requested` buckets (23 at
   /// the least, rounded up to `prime_table`, unless it already has exactly
@@ -74,7 +74,7 @@ public:
     n_buckets = b;
     used = b;
     set_divisor();
-    Record *d = records->data + base;
+    Record* d = records->data + base;
     for (unsigned i = 0; i < dirty; ++i)
       d[i] = Record();
     return true;
@@ -86,12 +86,12 @@ public:
   /// reused, or a new record is appended to the storage. If the storage
   /// cannot grow, the chain's last record is returned and `n_live` is
   /// unchanged, which is how a caller can tell.
-  unsigned insert(unsigned hash, const Record &record) noexcept {
-    const auto &key = key_of(record.first);
+  unsigned insert(unsigned hash, const Record& record) noexcept {
+    const auto& key = key_of(record.first);
     unsigned at = base + bucket_of(hash), free = null;
-    Record *d = records->data;
+    Record* d = records->data;
     for (;;) {
-      const Record &r = d[at];
+      const Record& r = d[at];
       if (r.stamp == stamp) {
         if (same_key(key_of(r.first), key)) return at;
       } else if (free == null) {
@@ -121,7 +121,7 @@ public:
   /// Inserts `record` by its key's hash. Past a load of 2 keys per bucket
   /// the table is first rebuilt with about one bucket per key; if that
   /// fails, the result is (`null`, false).
-  insertion insert_checked(const Record &record) noexcept {
+  insertion insert_checked(const Record& record) noexcept {
     if (std::uint64_t(n_live) + 1 > 2 * std::uint64_t(n_buckets) && !rehash(prime_at_least(n_live + 1)))
       return {null, false};
     const unsigned before = n_live;
@@ -131,12 +131,12 @@ public:
 
   /// The position of the live record with key `key` (either orientation for
   /// an edge), or `end()`.
-  unsigned find(const key_type &key) const noexcept {
+  unsigned find(const key_type& key) const noexcept {
     if (n_buckets == 0) return end();
     unsigned at = base + bucket_of(key_hash(key));
-    const Record *d = records->data;
+    const Record* d = records->data;
     for (;;) {
-      const Record &r = d[at];
+      const Record& r = d[at];
       if (r.stamp == stamp && same_key(key_of(r.first), key)) return at;
       if (r.next == 0) return end();
       at += r.next;
@@ -155,7 +155,7 @@ public:
     hash_table fresh(m);
     if (fresh.n_buckets != m) return false;
     if (n_live != 0) {
-      const Record *d = records->data;
+      const Record* d = records->data;
       for (unsigned at = base, stop = base + used; at < stop; ++at)
         if (d[at].stamp == stamp) fresh.insert(key_hash(key_of(d[at].first)), d[at]);
     }
@@ -173,13 +173,13 @@ public:
   /// Calls `visit(record, position)` for each live record in slot order:
   /// the bucket heads, then the overflow records in order of creation. The
   /// order depends only on the sequence of insertions.
-  template <class Visit> void for_each_live(Visit &&visit) const {
-    const Record *d = records->data;
+  template <class Visit> void for_each_live(Visit&& visit) const {
+    const Record* d = records->data;
     for (unsigned at = base, stop = base + used; at < stop; ++at)
       if (d[at].stamp == stamp) visit(d[at], at);
   }
 
-  Record &operator[](unsigned position) const noexcept { return records->data[position]; }
+  Record& operator[](unsigned position) const noexcept { return records->data[position]; }
   unsigned end() const noexcept { return base + used; }
 
   /// The bucket of a hash value, hash mod n_buckets, by a multiplication

@@ -4,15 +4,15 @@ namespace kelm {
 namespace tesskit2d {
 namespace {
 
-unsigned highest_below_null(const unsigned *begin, const unsigned *end, unsigned top) noexcept {
-  for (const unsigned *p = begin; p < end; ++p)
+unsigned highest_below_null(const unsigned* begin, const unsigned* end, unsigned top) noexcept {
+  for (const unsigned* p = begin; p < end; ++p)
     if (*p != null_id && *p > top) top = *p;
   return top;
 }
 
 } // namespace
 
-unsigned highest_id(const dense2D<unsigned> &conn) noexcept {
+unsigned highest_id(const dense2D<unsigned>& conn) noexcept {
   if (conn.ld != conn.rows) {
     unsigned top = 0;
     for (unsigned j = 0; j < conn.cols; ++j)

@@ -12,8 +12,8 @@ const unsigned prime_table[30] = {13u,        23u,        53u,        97u,      
                                   201326611u, 402653189u, 805306457u, 1610612741u, 3221225473u, 4294967291u};
 
 unsigned prime_at_least(unsigned n) noexcept {
-  const unsigned *end = prime_table + 30;
-  const unsigned *p = std::lower_bound(prime_table, end, n);
+  const unsigned* end = prime_table + 30;
+  const unsigned* p = std::lower_bound(prime_table, end, n);
   return p == end ? end[-1] : *p;
 }
 

@@ -26,7 +26,7 @@ public:
       return;
     }
     stamp = 1;
-    unsigned *d = marks.begin();
+    unsigned* d = marks.begin();
     for (unsigned i = 0; i < marks.size; ++i)
       d[i] = 0;
   }

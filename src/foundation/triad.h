@@ -22,7 +22,7 @@ template <class F, class S, class N> struct triad {
 };
 
 /// The key of a map record is its first member.
-template <class A, class B> const A &key_of(const pair<A, B> &p) noexcept { return p.first; }
+template <class A, class B> const A& key_of(const pair<A, B>& p) noexcept { return p.first; }
 
 /// Plain IDs are their own keys and hashes.
 inline unsigned key_of(unsigned id) noexcept { return id; }

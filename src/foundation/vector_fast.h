@@ -38,8 +38,8 @@ public:
   using record = triad<pair<T, unsigned>, unsigned, unsigned>;
 
   vector_fast() : table(23) {}
-  vector_fast(const vector_fast &) = delete;
-  vector_fast &operator=(const vector_fast &) = delete;
+  vector_fast(const vector_fast&) = delete;
+  vector_fast& operator=(const vector_fast&) = delete;
 
   /// Appends `id` unless it is already in the list. Nothing is reported: if
   /// memory runs out the ID is dropped (when the table cannot be rebuilt) or

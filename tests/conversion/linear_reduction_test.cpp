@@ -130,7 +130,7 @@ TEST(SplitQ4IntoT3, StatusesInCheckingOrder) {
 }
 
 TEST(SplitQ4IntoT3, OutOfMemoryLeavesOutputUnchanged) {
-  for (const auto &mesh : {conn({{0, 1, 2, 3}, {1, 4, 2, null_id}}), conn({{0, 1, 2}, {2, 3, 0}})}) {
+  for (const auto& mesh : {conn({{0, 1, 2, 3}, {1, 4, 2, null_id}}), conn({{0, 1, 2}, {2, 3, 0}})}) {
     sweep_allocation_failures([&](unsigned long n) {
       auto out = conn({{9, 9, 9}});
       int status = 0;

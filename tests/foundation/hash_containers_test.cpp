@@ -19,9 +19,9 @@ using id_set = hash_table<triad<unsigned, unsigned, unsigned>>;
 using id_map = hash_table<triad<pair<unsigned, unsigned>, unsigned, unsigned>>;
 
 // Every live key of a map with its value, in iteration order.
-std::vector<std::pair<unsigned, unsigned>> live_pairs(const id_map &t) {
+std::vector<std::pair<unsigned, unsigned>> live_pairs(const id_map& t) {
   std::vector<std::pair<unsigned, unsigned>> out;
-  t.for_each_live([&](const auto &r, unsigned) { out.emplace_back(r.first.first, r.first.second); });
+  t.for_each_live([&](const auto& r, unsigned) { out.emplace_back(r.first.first, r.first.second); });
   return out;
 }
 
@@ -87,14 +87,14 @@ TEST(HashTable, IterationRunsHeadsThenOverflowInCreationOrder) {
   for (unsigned key : {5u, 28u, 51u, 3u, 74u}) // 5, 28, 51, 74 share bucket 5
     t.insert_checked({{key, key}, 0, 0});
   std::vector<unsigned> order;
-  t.for_each_live([&](const auto &r, unsigned) { order.push_back(r.first.first); });
+  t.for_each_live([&](const auto& r, unsigned) { order.push_back(r.first.first); });
   EXPECT_EQ(order, (std::vector<unsigned>{3, 5, 28, 51, 74}));
   EXPECT_EQ(live_pairs(t).size(), 5u);
   ASSERT_TRUE(t.initialise(23, 23)); // empties without dropping storage
   EXPECT_EQ(t.n_live, 0u);
   EXPECT_EQ(t.find(28), t.end());
   order.clear();
-  t.for_each_live([&](const auto &r, unsigned) { order.push_back(r.first.first); });
+  t.for_each_live([&](const auto& r, unsigned) { order.push_back(r.first.first); });
   EXPECT_TRUE(order.empty());
 }
 

@@ -84,7 +84,7 @@ TEST(Dense2D, CopyIsDeepAndPacked) {
 TEST(Dense2D, FailedGrowthLeavesArrayAsItWas) {
   sweep_allocation_failures([](unsigned long n) {
     dense2D<unsigned> a = conn({{1, 2, 3}, {4, 5, 6}});
-    const unsigned *before = a.buffer->data;
+    const unsigned* before = a.buffer->data;
     bool ok = false;
     const bool failed = fail_during(n, [&] { ok = a.resize(4, 1000, 0); });
     EXPECT_EQ(ok, !failed);

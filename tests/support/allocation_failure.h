@@ -7,7 +7,7 @@ namespace tk_test {
 
 /// Runs `call` with the n-th raw allocation from now made to fail, and tells
 /// whether the call reached that allocation.
-template <class Call> bool fail_during(unsigned long n, Call &&call) {
+template <class Call> bool fail_during(unsigned long n, Call&& call) {
   kelm::treisoma::fail_allocation_at(n);
   call();
   const bool fired = kelm::treisoma::allocation_failure_fired();
@@ -20,7 +20,7 @@ template <class Call> bool fail_during(unsigned long n, Call &&call) {
 /// checks the outcome and returns what `fail_during` said, so the sweep ends
 /// once a call has made fewer than n + 1 allocations: every allocation of the
 /// call has then failed once. Returns the number of allocations walked.
-template <class Attempt> unsigned long sweep_allocation_failures(Attempt &&attempt) {
+template <class Attempt> unsigned long sweep_allocation_failures(Attempt&& attempt) {
   unsigned long n = 0;
   while (attempt(n))
     ++n;

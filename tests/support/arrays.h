@@ -17,7 +17,7 @@ template <class T> dense2D<T> columns(std::initializer_list<std::initializer_lis
   const unsigned r = cols.size() ? static_cast<unsigned>(cols.begin()->size()) : 0;
   dense2D<T> a(r, static_cast<unsigned>(cols.size()));
   unsigned j = 0;
-  for (const auto &c : cols) {
+  for (const auto& c : cols) {
     unsigned i = 0;
     for (T v : c)
       a(i++, j) = v;
@@ -36,7 +36,7 @@ inline dense2D<double> coords(std::initializer_list<std::initializer_list<double
 /// A copy of `a` laid out with `extra` unused rows between columns and an
 /// `offset` into its buffer, filled with `junk` where no element lives, so
 /// that code which assumes ld == rows or offset == 0 reads the junk.
-template <class T> dense2D<T> strided(const dense2D<T> &a, unsigned extra = 3, unsigned offset = 5, T junk = T(77)) {
+template <class T> dense2D<T> strided(const dense2D<T>& a, unsigned extra = 3, unsigned offset = 5, T junk = T(77)) {
   dense2D<T> big(a.rows + extra, a.cols + 2, junk); // room for the offset
   dense2D<T> v(big);
   v.offset = offset;
@@ -51,7 +51,7 @@ template <class T> dense2D<T> strided(const dense2D<T> &a, unsigned extra = 3, u
 }
 
 /// The columns of `a` as nested vectors, for comparisons with ==.
-template <class T> std::vector<std::vector<T>> as_columns(const dense2D<T> &a) {
+template <class T> std::vector<std::vector<T>> as_columns(const dense2D<T>& a) {
   std::vector<std::vector<T>> out(a.cols);
   for (unsigned j = 0; j < a.cols; ++j)
     for (unsigned i = 0; i < a.rows; ++i)
@@ -59,6 +59,6 @@ template <class T> std::vector<std::vector<T>> as_columns(const dense2D<T> &a) {
   return out;
 }
 
-template <class T> std::vector<T> as_vector(const dense1D<T, 8> &a) { return std::vector<T>(a.begin(), a.end()); }
+template <class T> std::vector<T> as_vector(const dense1D<T, 8>& a) { return std::vector<T>(a.begin(), a.end()); }
 
 } // namespace tk_test

@@ -25,7 +25,7 @@ unsigned first_optional_row(unsigned rows) noexcept { return rows == 4 ? 3 : 6; 
 
 } // namespace
 
-bool check_IDs(const dense2D<unsigned> &conn, element_type type, unsigned n) noexcept {
+bool check_IDs(const dense2D<unsigned>& conn, element_type type, unsigned n) noexcept {
   if (conn.rows * conn.cols == 0) return true;
   const bool mixed = type == MIXED;
   if (mixed) {
@@ -35,7 +35,7 @@ bool check_IDs(const dense2D<unsigned> &conn, element_type type, unsigned n) noe
   }
   const unsigned optional = mixed ? first_optional_row(conn.rows) : conn.rows;
   for (unsigned j = 0; j < conn.cols; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     const bool triangle = mixed && c[optional] == none;
     const unsigned checked = triangle ? optional : conn.rows;
     // With n of 0xFFFFFFFF this refuses only `none` where a node must be.
@@ -45,17 +45,17 @@ bool check_IDs(const dense2D<unsigned> &conn, element_type type, unsigned n) noe
   return true;
 }
 
-bool check_IDs(const dense2D<unsigned> &ids, unsigned n) noexcept {
+bool check_IDs(const dense2D<unsigned>& ids, unsigned n) noexcept {
   for (unsigned j = 0; j < ids.cols; ++j) {
-    const unsigned *c = ids.column(j);
+    const unsigned* c = ids.column(j);
     for (unsigned i = 0; i < ids.rows; ++i)
       if (c[i] >= n && c[i] != none) return false;
   }
   return true;
 }
 
-bool check_IDs(const dense1D<unsigned, 8> &ids, unsigned n) noexcept {
-  const unsigned *d = ids.begin();
+bool check_IDs(const dense1D<unsigned, 8>& ids, unsigned n) noexcept {
+  const unsigned* d = ids.begin();
   for (unsigned i = 0; i < ids.size; ++i)
     if (d[i] >= n) return false;
   return true;

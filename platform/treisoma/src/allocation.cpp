@@ -20,14 +20,14 @@ void kelm::treisoma::disarm_allocation_failure() noexcept { countdown = -1; }
 bool kelm::treisoma::allocation_failure_fired() noexcept { return fired; }
 #endif
 
-void *__vector_num_alloc(unsigned bytes) noexcept {
+void* __vector_num_alloc(unsigned bytes) noexcept {
 #ifdef TREISOMA_FAULT_INJECTION
   if (countdown >= 0 && countdown-- == 0) {
     fired = true;
     return nullptr;
   }
 #endif
-  return std::malloc(bytes ? bytes : 1);
+  return std::calloc(bytes ? bytes : 1, 1);
 }
 
-void __vector_num_free(void *p) noexcept { std::free(p); }
+void __vector_num_free(void* p) noexcept { std::free(p); }

@@ -4,10 +4,10 @@
 
 // Fortran's DSPEV. gfortran passes the lengths of the two CHARACTER arguments
 // as hidden trailing arguments of type size_t, after all the others.
-extern "C" void dspev_(const char *jobz, const char *uplo, const int *n, double *ap, double *w, double *z,
-                       const int *ldz, double *work, int *info, std::size_t jobz_len, std::size_t uplo_len);
+extern "C" void dspev_(const char* jobz, const char* uplo, const int* n, double* ap, double* w, double* z,
+                       const int* ldz, double* work, int* info, std::size_t jobz_len, std::size_t uplo_len);
 
-int kelm::lapack::dspev(char jobz, char uplo, int n, double *ap, double *w, double *z, int ldz, double *work) noexcept {
+int kelm::lapack::dspev(char jobz, char uplo, int n, double* ap, double* w, double* z, int ldz, double* work) noexcept {
   int info = 0;
   // With jobz 'N' z is never touched, but Fortran still wants an address.
   double unused = 0;

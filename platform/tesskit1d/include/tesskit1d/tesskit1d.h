@@ -5,7 +5,7 @@ namespace kelm {
 namespace tesskit1d {
 
 /// The library's version, "1.0.0"; static storage.
-const char *version() noexcept;
+const char* version() noexcept;
 
 } // namespace tesskit1d
 } // namespace kelm

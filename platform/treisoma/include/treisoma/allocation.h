@@ -1,12 +1,14 @@
 #pragma once
 // Raw storage of treisoma's buffers.
 
-/// Allocates `bytes` bytes. Returns null when memory is exhausted; callers
-/// test for null and have no other failure path.
-void *__vector_num_alloc(unsigned bytes) noexcept;
+/// Allocates `bytes` bytes, all zero. Returns null when memory is exhausted;
+/// callers test for null and have no other failure path. Large blocks come
+/// straight from the system's zero pages, so the zeroing costs nothing until
+/// the memory is touched.
+void* __vector_num_alloc(unsigned bytes) noexcept;
 
 /// Frees what `__vector_num_alloc` returned. Null is ignored.
-void __vector_num_free(void *p) noexcept;
+void __vector_num_free(void* p) noexcept;
 
 #ifdef TREISOMA_FAULT_INJECTION
 namespace kelm {

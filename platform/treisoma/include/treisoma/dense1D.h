@@ -30,26 +30,26 @@ public:
   }
 
   /// View of `n` elements, each set to `fill`.
-  dense1D(unsigned n, const T &fill) : dense1D() {
+  dense1D(unsigned n, const T& fill) : dense1D() {
     if (!resize(n, fill)) throw std::bad_alloc();
   }
 
   /// View of `n` elements of storage that the caller owns and keeps alive
   /// for as long as the view or any copy of it lives. The storage is never
   /// freed by the library; growing the view moves it into storage of its own.
-  static dense1D view(T *storage, unsigned n) {
+  static dense1D view(T* storage, unsigned n) {
     dense1D v(adopt, new buffer_type(storage, n));
     v.size = n;
     return v;
   }
 
-  dense1D(const dense1D &) noexcept = default;
-  dense1D &operator=(const dense1D &) noexcept = default;
+  dense1D(const dense1D&) noexcept = default;
+  dense1D& operator=(const dense1D&) noexcept = default;
   ~dense1D() = default;
 
-  T &operator[](unsigned i) const noexcept { return buffer->data[offset + i]; }
-  T *begin() const noexcept { return buffer->data + offset; }
-  T *end() const noexcept { return buffer->data + offset + size; }
+  T& operator[](unsigned i) const noexcept { return buffer->data[offset + i]; }
+  T* begin() const noexcept { return buffer->data + offset; }
+  T* end() const noexcept { return buffer->data + offset + size; }
   bool empty() const noexcept { return size == 0; }
 
   /// Makes room for `n` elements from `offset` on without changing `size`.
@@ -72,7 +72,7 @@ public:
   bool resize(unsigned n, T fill) noexcept {
     const unsigned old = size;
     if (!resize(n)) return false;
-    T *d = buffer->data + offset;
+    T* d = buffer->data + offset;
     for (unsigned i = old; i < n; ++i)
       d[i] = fill;
     return true;
@@ -95,7 +95,7 @@ public:
 protected:
   struct adopt_t {};
   static constexpr adopt_t adopt{};
-  dense1D(adopt_t, buffer_type *b) noexcept : buffer(b) {}
+  dense1D(adopt_t, buffer_type* b) noexcept : buffer(b) {}
 };
 
 extern template class dense1D<double, 8>;

@@ -45,7 +45,7 @@ public:
   /// stride `stride` (`rows` when 0). Nothing is copied and the storage is
   /// never freed by the library; an array that has to grow moves into
   /// storage of its own and leaves the caller's untouched from then on.
-  static dense2D view(T *storage, unsigned r, unsigned c, unsigned stride = 0) {
+  static dense2D view(T* storage, unsigned r, unsigned c, unsigned stride = 0) {
     if (stride == 0) stride = r;
     const unsigned extent = c ? (c - 1) * stride + r : 0;
     dense2D a(base::adopt, new buffer_type(storage, extent));
@@ -56,14 +56,14 @@ public:
     return a;
   }
 
-  dense2D(const dense2D &) noexcept = default;
-  dense2D &operator=(const dense2D &) noexcept = default;
+  dense2D(const dense2D&) noexcept = default;
+  dense2D& operator=(const dense2D&) noexcept = default;
   ~dense2D() = default;
 
-  T &operator()(unsigned i, unsigned j) const noexcept { return this->buffer->data[this->offset + i + j * ld]; }
+  T& operator()(unsigned i, unsigned j) const noexcept { return this->buffer->data[this->offset + i + j * ld]; }
 
   /// Pointer to column j; valid until the buffer grows.
-  T *column(unsigned j) const noexcept { return this->buffer->data + this->offset + j * ld; }
+  T* column(unsigned j) const noexcept { return this->buffer->data + this->offset + j * ld; }
 
   bool empty() const noexcept { return rows * cols == 0; }
 
@@ -74,19 +74,19 @@ public:
   }
 
   /// Makes this view alias `other`: same buffer, same shape and stride.
-  void shallow_copy(const dense2D &other) noexcept { *this = other; }
+  void shallow_copy(const dense2D& other) noexcept { *this = other; }
 
   /// Deep copy: this array gets a buffer of its own, packed (`ld == rows`),
   /// with the shape and elements of `other`. False when memory runs out, and
   /// this array is then unchanged.
-  bool copy(const dense2D &other) {
+  bool copy(const dense2D& other) {
     Ptr<buffer_type> fresh(new buffer_type);
     const unsigned long long n = (unsigned long long)other.rows * other.cols;
     if (n > 0xFFFFFFFFu) return false;
     if (n && !fresh->__grow(static_cast<unsigned>(n), 0, 1)) return false;
     for (unsigned j = 0; j < other.cols; ++j)
       if (other.rows)
-        std::memcpy(static_cast<void *>(fresh->data + std::size_t(j) * other.rows), other.column(j),
+        std::memcpy(static_cast<void*>(fresh->data + std::size_t(j) * other.rows), other.column(j),
                     other.rows * sizeof(T));
     this->buffer = std::move(fresh);
     this->offset = 0;
@@ -109,7 +109,7 @@ public:
     const bool had_content = rows * cols != 0;
     const unsigned r0 = had_content ? rows : 0, c0 = had_content ? cols : 0;
     if (!resize(r, c)) return false;
-    T *d = this->buffer->data + this->offset;
+    T* d = this->buffer->data + this->offset;
     const unsigned keep_c = std::min(c0, c);
     if (r > r0)
       for (unsigned j = 0; j < keep_c; ++j)
@@ -151,7 +151,7 @@ public:
   unsigned ld = 0;
 
 private:
-  dense2D(typename base::adopt_t tag, buffer_type *b) noexcept : base(tag, b) {}
+  dense2D(typename base::adopt_t tag, buffer_type* b) noexcept : base(tag, b) {}
 
   bool reshape(unsigned r, unsigned c, unsigned min_ld, unsigned room_cols, unsigned growth = 1) noexcept {
     // The stride only ever grows in place: a smaller row count keeps it, so a
@@ -166,10 +166,10 @@ private:
     if (had_content && new_ld != ld) {
       // Spread the kept columns to the wider stride, last first, so that no
       // column is overwritten before it has moved.
-      T *d = this->buffer->data + this->offset;
+      T* d = this->buffer->data + this->offset;
       const unsigned n_rows = std::min(rows, r), n_cols = std::min(cols, c);
       for (unsigned j = n_cols; j-- > 1;)
-        std::memmove(static_cast<void *>(d + std::size_t(j) * new_ld), d + std::size_t(j) * ld, n_rows * sizeof(T));
+        std::memmove(static_cast<void*>(d + std::size_t(j) * new_ld), d + std::size_t(j) * ld, n_rows * sizeof(T));
     }
     ld = new_ld;
     rows = r;

@@ -18,7 +18,7 @@ namespace lapack {
 ///
 /// Returns LAPACK's `info`: 0 on success, -i when argument i was illegal,
 /// i > 0 when the iteration failed to converge.
-int dspev(char jobz, char uplo, int n, double *ap, double *w, double *z, int ldz, double *work) noexcept;
+int dspev(char jobz, char uplo, int n, double* ap, double* w, double* z, int ldz, double* work) noexcept;
 
 } // namespace lapack
 } // namespace kelm

@@ -10,25 +10,25 @@ namespace kelm {
 template <class T> class Ptr {
 public:
   Ptr() noexcept = default;
-  Ptr(T *object) noexcept : p(object) {
+  Ptr(T* object) noexcept : p(object) {
     if (p) p->__acquire();
   }
-  Ptr(const Ptr &other) noexcept : Ptr(other.p) {}
-  Ptr(Ptr &&other) noexcept : p(std::exchange(other.p, nullptr)) {}
+  Ptr(const Ptr& other) noexcept : Ptr(other.p) {}
+  Ptr(Ptr&& other) noexcept : p(std::exchange(other.p, nullptr)) {}
   ~Ptr() {
     if (p) p->__release();
   }
 
   /// Acquires the new object before releasing the old one, so that assigning
   /// an object to the pointer that already holds it is safe.
-  Ptr &operator=(T *object) noexcept {
+  Ptr& operator=(T* object) noexcept {
     if (object) object->__acquire();
     if (p) p->__release();
     p = object;
     return *this;
   }
-  Ptr &operator=(const Ptr &other) noexcept { return *this = other.p; }
-  Ptr &operator=(Ptr &&other) noexcept {
+  Ptr& operator=(const Ptr& other) noexcept { return *this = other.p; }
+  Ptr& operator=(Ptr&& other) noexcept {
     if (this != &other) {
       if (p) p->__release();
       p = std::exchange(other.p, nullptr);
@@ -36,12 +36,12 @@ public:
     return *this;
   }
 
-  T *operator->() const noexcept { return p; }
-  T &operator*() const noexcept { return *p; }
-  T *get() const noexcept { return p; }
+  T* operator->() const noexcept { return p; }
+  T& operator*() const noexcept { return *p; }
+  T* get() const noexcept { return p; }
   explicit operator bool() const noexcept { return p != nullptr; }
 
-  T *p = nullptr;
+  T* p = nullptr;
 };
 
 } // namespace kelm

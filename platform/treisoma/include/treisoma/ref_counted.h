@@ -12,8 +12,8 @@ namespace treisoma {
 class ref_counted {
 public:
   ref_counted() noexcept : count(0) {}
-  ref_counted(const ref_counted &) = delete;
-  ref_counted &operator=(const ref_counted &) = delete;
+  ref_counted(const ref_counted&) = delete;
+  ref_counted& operator=(const ref_counted&) = delete;
   virtual ~ref_counted() = default;
 
   /// Takes one more reference.

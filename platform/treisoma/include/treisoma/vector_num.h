@@ -30,13 +30,13 @@ public:
 
   /// Wraps storage that the caller owns and keeps alive; it is never freed.
   /// Growing such a buffer moves its content into storage of its own.
-  vector_num(T *storage, unsigned n) noexcept : data(storage), capacity(n), pad(not_owned) {}
+  vector_num(T* storage, unsigned n) noexcept : data(storage), capacity(n), pad(not_owned) {}
 
   ~vector_num() override { __release_storage(); }
 
   /// Frees the storage if it is owned and leaves the buffer empty.
   void __release_storage() noexcept {
-    if (data && pad != not_owned) __vector_num_free(reinterpret_cast<unsigned char *>(data) - pad);
+    if (data && pad != not_owned) __vector_num_free(reinterpret_cast<unsigned char*>(data) - pad);
     data = nullptr;
     capacity = 0;
     pad = 0;
@@ -58,7 +58,7 @@ public:
     const std::uint64_t bytes = wanted * B + B - 1;
     if (bytes > 0xFFFFFFFFu) return false;
 
-    void *raw = __vector_num_alloc(static_cast<unsigned>(bytes));
+    void* raw = __vector_num_alloc(static_cast<unsigned>(bytes));
     if (!raw) return false;
     // Aligned up with the mask ~(B - 1). For element sizes that are not
     // powers of two (12- and 20-byte records) the result is not a multiple of
@@ -66,13 +66,17 @@ public:
     const std::uintptr_t at = reinterpret_cast<std::uintptr_t>(raw);
     const std::uintptr_t aligned = (at + B - 1) & ~std::uintptr_t(B - 1);
     const unsigned skipped = static_cast<unsigned>(aligned - at);
-    T *fresh = reinterpret_cast<T *>(aligned);
+    T* fresh = reinterpret_cast<T*>(aligned);
     const unsigned new_capacity = static_cast<unsigned>((bytes - skipped) / B);
 
     if (n_keep > capacity) n_keep = capacity;
-    if (data && n_keep) std::memcpy(static_cast<void *>(fresh), data, n_keep * B);
-    for (unsigned i = n_keep; i < new_capacity; ++i)
-      fresh[i] = T();
+    if (data && n_keep) std::memcpy(static_cast<void*>(fresh), data, n_keep * B);
+    // The allocator hands out zeroed storage, which is already the default of
+    // numbers; only other element types need a pass over the new room. That
+    // saves a full write of every large output before it is written for real.
+    if constexpr (!std::is_arithmetic<T>::value)
+      for (unsigned i = n_keep; i < new_capacity; ++i)
+        fresh[i] = T();
 
     __release_storage();
     data = fresh;
@@ -81,7 +85,7 @@ public:
     return true;
   }
 
-  T *data = nullptr;
+  T* data = nullptr;
   unsigned capacity = 0;
   std::uint16_t pad = 0;
 };
