@@ -7,3 +7,4 @@
 #include "tesskit2d/version.h"
 
 #include "tesskit2d/linear_reduction.h"
+#include "tesskit2d/measures.h"
