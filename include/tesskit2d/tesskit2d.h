@@ -8,3 +8,4 @@
 
 #include "tesskit2d/linear_reduction.h"
 #include "tesskit2d/measures.h"
+#include "tesskit2d/degenerate.h"
