@@ -108,6 +108,22 @@ TEST(SplitIntoLinear, OutOfMemoryLeavesOutputUnchanged) {
   }
 }
 
+TEST(SplitIntoLinear, OutputWithoutRowsGrowsAndDropsWhatFindsNoMemory) {
+  // Such an output cannot be reserved ahead, so a failed append is lost and
+  // the call still succeeds; nothing else is disturbed.
+  const auto parents = conn({{0, 1, 2, 3, 4, 5}, {6, 7, 8, 9, 10, 11}, {1, 2, 3, 4, 5, 6}});
+  sweep_allocation_failures([&](unsigned long n) {
+    dense2D<unsigned> out;
+    int status = 1;
+    const bool failed = fail_during(n, [&] { status = split_into_linear(parents, out); });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(out.rows, 3u);
+    EXPECT_GE(out.cols, failed ? 11u : 12u);
+    EXPECT_EQ(out(0, 0), 0u);
+    return failed;
+  });
+}
+
 TEST(SplitQ4IntoT3, SplitsQuadranglesAlongDiagonal02AndCountsThem) {
   const auto mesh = conn({{0, 1, 2, 3}, {1, 4, 2, null_id}, {4, 5, 6, 7}});
   dense2D<unsigned> out = conn({{9, 9, 9}});

@@ -97,6 +97,31 @@ TEST(Dense2D, FailedGrowthLeavesArrayAsItWas) {
   });
 }
 
+TEST(Buffer, FailedReserveAndGrowChangeNothing) {
+  sweep_allocation_failures([](unsigned long n) {
+    dense2D<unsigned> a = conn({{1, 2, 3}, {4, 5, 6}});
+    bool ok = false;
+    const bool failed = fail_during(n, [&] { ok = a.reserve(5, 100); }); // spreads to stride 5 on success
+    EXPECT_EQ(ok, !failed);
+    EXPECT_EQ(a.ld, ok ? 5u : 3u);
+    EXPECT_EQ(as_columns(a), (std::vector<std::vector<unsigned>>{{1, 2, 3}, {4, 5, 6}}));
+    return failed;
+  });
+  sweep_allocation_failures([](unsigned long n) {
+    dense1D<double, 8> v(3, 2.5);
+    const auto capacity = v.buffer->capacity;
+    bool ok = false;
+    const bool failed = fail_during(n, [&] { ok = v.buffer->__grow(1000, 3, 2); });
+    EXPECT_EQ(ok, !failed);
+    EXPECT_EQ(v.buffer->capacity, ok ? 1000u : capacity);
+    EXPECT_EQ(as_vector(v), std::vector<double>(3, 2.5));
+    return failed;
+  });
+  // Sizes that do not fit in 32 bits are refused without asking for memory.
+  dense1D<double, 8> big;
+  EXPECT_FALSE(big.buffer->__grow(0x20000000u, 0, 1));
+}
+
 TEST(Lapack, DspevGivesKnownEigenpairs) {
   // [[2, 1, 0], [1, 2, 0], [0, 0, 5]] has eigenvalues 1, 3, 5.
   double ap[6] = {2, 1, 2, 0, 0, 5}; // packed upper triangle by columns
@@ -113,6 +138,7 @@ TEST(Lapack, DspevGivesKnownEigenpairs) {
   ASSERT_EQ(kelm::lapack::dspev('N', 'U', 3, bp, w, nullptr, 1, work), 0);
   EXPECT_NEAR(w[1], 3, 1e-14);
   EXPECT_EQ(kelm::lapack::dspev('X', 'U', 3, bp, w, nullptr, 1, work), -1);
+  EXPECT_EQ(kelm::lapack::dspev('V', 'U', 3, bp, w, z, 2, work), -7);
 }
 
 TEST(CheckIDs, ShapeBoundsAndNullRows) {
