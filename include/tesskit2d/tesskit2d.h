@@ -9,3 +9,7 @@
 #include "tesskit2d/linear_reduction.h"
 #include "tesskit2d/measures.h"
 #include "tesskit2d/degenerate.h"
+#include "tesskit2d/extrusion.h"
+#include "tesskit2d/structured.h"
+#include "tesskit2d/orientation.h"
+#include "tesskit2d/high_order.h"

@@ -1,0 +1,303 @@
+#include "conversion/raise_order.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "foundation/edge2.h"
+#include "foundation/element_conventions.h"
+#include "foundation/hash_table.h"
+#include "foundation/output_clear.h"
+#include "tesskit/check_IDs.h"
+
+namespace kelm {
+namespace tesskit2d {
+namespace {
+
+using edge_record = triad<pair<edge2, unsigned>, unsigned, unsigned>;
+using edge_map = hash_table<edge_record>;
+
+constexpr std::uint64_t id_limit = 0xFFFFFFFFu; // null_id is never a node
+
+// Elements looked ahead when prefetching bucket heads: enough edges in
+// flight to hide a cache miss behind the work on the current element.
+constexpr unsigned elements_ahead = 6;
+constexpr unsigned records_ahead = 16;
+
+// The side m of a perfect square m * m, or null_id.
+unsigned square_side(unsigned n) noexcept {
+  std::uint64_t m = static_cast<std::uint64_t>(std::sqrt(static_cast<double>(n)));
+  while (m * m > n)
+    --m;
+  while ((m + 1) * (m + 1) <= n)
+    ++m;
+  return m * m == n ? static_cast<unsigned>(m) : null_id;
+}
+
+// A 3-row array holds triangles only, and the mixed check would refuse it.
+bool conn_valid(const dense2D<unsigned>& conn, unsigned n_nodes) noexcept {
+  if (conn.rows == 3) return tesskit::check_IDs(conn, T3, n_nodes);
+  if (conn.rows == 4) return tesskit::check_IDs(conn, MIXED, n_nodes);
+  return false;
+}
+
+// Beyond the ID check, the ends and the first node of each known edge must
+// be real nodes, and its run of consecutive IDs must stay below n_nodes.
+bool edges_valid(const dense2D<unsigned>& edges, unsigned ne, unsigned n_nodes) noexcept {
+  if (edges.rows * edges.cols == 0) return true;
+  if (edges.rows != std::uint64_t(ne) + 2 || !tesskit::check_IDs(edges, n_nodes)) return false;
+  if (ne == 0) return true;
+  for (unsigned j = 0; j < edges.cols; ++j) {
+    const unsigned* e = edges.column(j);
+    if (e[0] == null_id || e[1] == null_id || e[2] == null_id || std::uint64_t(e[2]) + ne > n_nodes) return false;
+  }
+  return true;
+}
+
+bool is_triangle(const dense2D<unsigned>& conn, const unsigned* c) noexcept {
+  return conn.rows == 3 || c[3] == null_id;
+}
+
+unsigned edge_node(const unsigned* c, bool triangle, unsigned e, unsigned end) noexcept {
+  return c[triangle ? triangle_edge[e][end] : quadrangle_edge[e][end]];
+}
+
+void prefetch_edges(const edge_map& map, const dense2D<unsigned>& conn, const unsigned* c) noexcept {
+  const bool triangle = is_triangle(conn, c);
+  for (unsigned e = 0, ne = triangle ? 3 : 4; e < ne; ++e)
+    map.prefetch(key_hash(edge2(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1))));
+}
+
+// Copies the corners and numbers the edge nodes in one pass over the
+// elements: an edge met for the first time takes the next `ne` IDs, and
+// every element writes the run of its edges straight away, reversed where it
+// runs against the stored key. False when a key could not be stored.
+bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, dense2D<unsigned>& out,
+                  std::uint64_t& next_id) noexcept {
+  const unsigned n = conn.cols;
+  for (unsigned j = 0; j < n; ++j) {
+    if (j + elements_ahead < n) prefetch_edges(map, conn, conn.column(j + elements_ahead));
+    const unsigned* c = conn.column(j);
+    unsigned* o = out.column(j);
+    const bool triangle = is_triangle(conn, c);
+    const unsigned n_corners = triangle ? 3 : 4;
+    std::copy_n(c, n_corners, o);
+    unsigned* run = o + n_corners;
+    for (unsigned e = 0; e < n_corners; ++e, run += ne) {
+      const edge2 key(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1));
+      const auto got = map.insert_checked({{key, static_cast<unsigned>(next_id)}, 0, 0});
+      if (got.position == map.null) return false;
+      const edge_record& r = map[got.position];
+      if (r.stamp != map.stamp || !same_key(r.first.first, key)) return false;
+      const unsigned v = r.first.second;
+      if (got.inserted && (next_id += ne) > id_limit) return false;
+      if (ne > 1 && reversed(key, r.first.first))
+        for (unsigned k = 0; k < ne; ++k)
+          run[k] = v + (ne - 1 - k);
+      else
+        for (unsigned k = 0; k < ne; ++k)
+          run[k] = v + k;
+    }
+  }
+  return true;
+}
+
+void copy_corners(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept {
+  for (unsigned j = 0; j < conn.cols; ++j) {
+    const unsigned* c = conn.column(j);
+    std::copy_n(c, is_triangle(conn, c) ? 3 : 4, out.column(j));
+  }
+}
+
+// Places the new nodes of every edge in one walk over the map, so a shared
+// edge is computed once. Node k of an edge stored as (A, B) sits at local
+// s = (k + 1) * 2 / (ne + 1) - 1 on the straight segment from A (s = -1) to
+// B (s = 1). Edges given by the caller keep the positions they have.
+void place_edge_nodes(dense2D<double>& coords, const edge_map& map, unsigned ne, unsigned n_nodes) noexcept {
+  const unsigned dim = coords.rows;
+  const std::size_t ld = coords.ld;
+  double* x = coords.buffer->data + coords.offset;
+  const edge_record* d = map.records->data;
+  const unsigned stamp = map.stamp, stop = map.end();
+  const double spacing = 2.0 / (ne + 1.0);
+  for (unsigned at = map.base; at < stop; ++at) {
+    if (at + records_ahead < stop) {
+      const edge_record& f = d[at + records_ahead];
+      if (f.stamp == stamp && f.first.second >= n_nodes) {
+        __builtin_prefetch(x + f.first.first.a * ld);
+        __builtin_prefetch(x + f.first.first.b * ld);
+        __builtin_prefetch(x + f.first.second * ld, 1);
+      }
+    }
+    const edge_record& r = d[at];
+    if (r.stamp != stamp || r.first.second < n_nodes) continue;
+    const double *a = x + r.first.first.a * ld, *b = x + r.first.first.b * ld;
+    double* p = x + r.first.second * ld;
+    for (unsigned k = 0; k < ne; ++k, p += ld) {
+      const double s = (k + 1) * spacing - 1.0, wa = (1.0 - s) / 2.0, wb = (1.0 + s) / 2.0;
+      for (unsigned i = 0; i < dim; ++i)
+        p[i] = wa * a[i] + wb * b[i];
+    }
+  }
+}
+
+// Where a known edge may be curved, interior nodes follow the quadratic
+// element's shape functions through the mid nodes; otherwise the corners'
+// linear (triangle) or bilinear (quadrangle) interpolation.
+void quadrangle_point(const double* x, std::size_t ld, unsigned dim, const unsigned* o, bool serendipity, double u,
+                      double v, double* p) noexcept {
+  static constexpr double cu[4] = {-1, 1, 1, -1}, cv[4] = {-1, -1, 1, 1};
+  double w[8];
+  unsigned n_weights = 4;
+  for (unsigned i = 0; i < 4; ++i)
+    w[i] = (1 + u * cu[i]) * (1 + v * cv[i]) / 4;
+  if (serendipity) {
+    for (unsigned i = 0; i < 4; ++i)
+      w[i] *= u * cu[i] + v * cv[i] - 1;
+    w[4] = (1 - u * u) * (1 - v) / 2;
+    w[5] = (1 + u) * (1 - v * v) / 2;
+    w[6] = (1 - u * u) * (1 + v) / 2;
+    w[7] = (1 - u) * (1 - v * v) / 2;
+    n_weights = 8;
+  }
+  for (unsigned i = 0; i < dim; ++i)
+    p[i] = 0.0;
+  for (unsigned k = 0; k < n_weights; ++k) {
+    const double* q = x + o[k] * ld;
+    for (unsigned i = 0; i < dim; ++i)
+      p[i] += w[k] * q[i];
+  }
+}
+
+void triangle_point(const double* x, std::size_t ld, unsigned dim, const unsigned* o, bool quadratic, double a,
+                    double b, double* p) noexcept {
+  const double c = 1.0 - a - b;
+  double w[6] = {a, b, c, 0, 0, 0};
+  unsigned n_weights = 3;
+  if (quadratic) {
+    w[0] = a * (2 * a - 1);
+    w[1] = b * (2 * b - 1);
+    w[2] = c * (2 * c - 1);
+    w[3] = 4 * b * c;
+    w[4] = 4 * c * a;
+    w[5] = 4 * a * b;
+    n_weights = 6;
+  }
+  for (unsigned i = 0; i < dim; ++i)
+    p[i] = 0.0;
+  for (unsigned k = 0; k < n_weights; ++k) {
+    const double* q = x + o[k] * ld;
+    for (unsigned i = 0; i < dim; ++i)
+      p[i] += w[k] * q[i];
+  }
+}
+
+bool any_below(const unsigned* first, unsigned count, unsigned limit) noexcept {
+  return *std::min_element(first, first + count) < limit;
+}
+
+// Interior nodes, element by element, numbered on from `next_id`. A
+// quadrangle gets an m by m grid at u, v = (i + 1) * 2 / (m + 1) - 1, rows of
+// constant v outermost. A triangle of three interior nodes gets positions
+// at (1/4, 1/4), (1/2, 1/4) and (1/4, 1/2) but keeps only the first two in
+// its column and the numbering, so the third is overwritten by the next
+// triangle's first.
+void place_interior_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out, unsigned ne,
+                          unsigned m, unsigned nt, unsigned n_nodes, unsigned next_id) noexcept {
+  const unsigned dim = coords.rows;
+  const std::size_t ld = coords.ld;
+  double* x = coords.buffer->data + coords.offset;
+  const double quad_spacing = 2.0 / (m + 1.0);
+  for (unsigned j = 0; j < conn.cols; ++j) {
+    unsigned* o = out.column(j);
+    if (!is_triangle(conn, conn.column(j))) {
+      if (m == 0) continue;
+      const bool serendipity = ne == 1 && any_below(o + 4, 4, n_nodes);
+      unsigned row = 4 * (ne + 1);
+      for (unsigned jj = 0; jj < m; ++jj) {
+        const double v = (jj + 1) * quad_spacing - 1.0;
+        for (unsigned ii = 0; ii < m; ++ii, ++next_id) {
+          const double u = (ii + 1) * quad_spacing - 1.0;
+          o[row++] = next_id;
+          quadrangle_point(x, ld, dim, o, serendipity, u, v, x + next_id * ld);
+        }
+      }
+    } else if (nt != 0) {
+      const bool quadratic = ne == 1 && any_below(o + 3, 3, n_nodes);
+      const unsigned row = 3 * (ne + 1);
+      if (nt == 1) {
+        o[row] = next_id;
+        triangle_point(x, ld, dim, o, quadratic, 1.0 / 3.0, 1.0 / 3.0, x + next_id * ld);
+        ++next_id;
+      } else {
+        static constexpr double at[3][2] = {{0.25, 0.25}, {0.5, 0.25}, {0.25, 0.5}};
+        for (unsigned k = 0; k < 3; ++k)
+          triangle_point(x, ld, dim, o, quadratic, at[k][0], at[k][1], x + (next_id + k) * ld);
+        o[row] = next_id;
+        o[row + 1] = next_id + 1;
+        next_id += 2;
+      }
+    }
+  }
+}
+
+} // namespace
+
+int raise_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned n_edge_nodes, unsigned n_quad_nodes,
+                unsigned n_tri_nodes, dense2D<unsigned>& out_conn, const dense2D<unsigned>& edges) {
+  const unsigned n_nodes = coords.cols, n = conn.cols;
+  const unsigned ne = n_edge_nodes, nq = n_quad_nodes, nt = n_tri_nodes;
+  edge_map map(23);
+  clear_output(out_conn);
+  if (conn.rows * n == 0 || (ne | nq | nt) == 0) return 0;
+  if (coords.rows != 2 && coords.rows != 3) return -1;
+  if (!conn_valid(conn, n_nodes)) return -2;
+  const unsigned m = square_side(nq);
+  if (m == null_id) return -4;
+  if (nt != 0 && nt != 1 && nt != 3) return -5;
+  if (!edges_valid(edges, ne, n_nodes)) return -6;
+
+  const unsigned T =
+      conn.rows == 4 ? count_null_rows(conn.column(0) + 3, conn.ld, conn.column(0) + std::size_t(n) * conn.ld, null_id)
+                     : n;
+  const unsigned Q = n - T;
+
+  // Triangles need nt + 3 (ne + 1) rows, quadrangles nq + 4 (ne + 1); the
+  // unused rows of the shorter kind stay null_id.
+  const std::uint64_t tri_rows = nt + 3 * (std::uint64_t(ne) + 1), quad_rows = nq + 4 * (std::uint64_t(ne) + 1);
+  const std::uint64_t rows = Q == 0 ? tri_rows : T == 0 ? quad_rows : std::max(tri_rows, quad_rows);
+  if (rows * n > id_limit) return -199;
+
+  std::uint64_t next_id = n_nodes;
+  if (ne != 0) {
+    // Sized once for the known edges and about two buckets per element, so
+    // that the numbering loop never rebuilds the map.
+    const std::uint64_t wanted = std::max<std::uint64_t>(std::uint64_t(edges.cols) + n, 2 * std::uint64_t(n));
+    if (!map.reserve(static_cast<unsigned>(std::min(wanted, id_limit)))) return -199;
+    if (edges.rows * edges.cols != 0)
+      for (unsigned j = 0; j < edges.cols; ++j) {
+        const unsigned* e = edges.column(j);
+        const auto got = map.insert_checked({{edge2(e[0], e[1]), e[2]}, 0, 0});
+        if (got.position == map.null || map[got.position].stamp != map.stamp) return -199;
+      }
+  }
+
+  if (!out_conn.resize(static_cast<unsigned>(rows), n, null_id)) {
+    clear_output(out_conn);
+    return -199;
+  }
+  const bool numbered = ne != 0 ? number_edges(conn, ne, map, out_conn, next_id) : (copy_corners(conn, out_conn), true);
+  const std::uint64_t total = next_id + std::uint64_t(Q) * nq + std::uint64_t(T) * nt;
+  if (!numbered || total > id_limit || !coords.resize(coords.rows, static_cast<unsigned>(total), 0.0)) {
+    clear_output(out_conn);
+    return -199;
+  }
+
+  if (ne != 0) place_edge_nodes(coords, map, ne, n_nodes);
+  if (std::uint64_t(Q) * m + std::uint64_t(T) * nt != 0)
+    place_interior_nodes(coords, conn, out_conn, ne, m, nt, n_nodes, static_cast<unsigned>(next_id));
+  return 0;
+}
+
+} // namespace tesskit2d
+} // namespace kelm

@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <utility>
+
+#include "support/allocation_failure.h"
+#include "support/arrays.h"
+#include "support/conversion_meshes.h"
+#include "tesskit2d/high_order.h"
+
+using namespace tk_test;
+using namespace kelm::tesskit2d;
+using cols_t = std::vector<std::vector<unsigned>>;
+
+namespace {
+
+constexpr unsigned N = null_id;
+
+// Unit square 0 (0,0), 1 (1,0), 2 (0,1), 3 (1,1): two triangles on the
+// diagonal 1-2, which the second element runs the other way.
+dense2D<double> square() { return coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}}); }
+dense2D<unsigned> two_triangles() { return conn({{0, 1, 2}, {1, 3, 2}}); }
+
+void expect_node(const dense2D<double>& x, unsigned id, double px, double py) {
+  EXPECT_NEAR(x(0, id), px, 1e-14) << "node " << id;
+  EXPECT_NEAR(x(1, id), py, 1e-14) << "node " << id;
+}
+
+} // namespace
+
+TEST(RaiseOrder, SharedEdgeGetsOneMidNodeNumberedInFirstMeetingOrder) {
+  for (bool stride : {false, true}) {
+    auto x = stride ? strided(square()) : square();
+    auto c = stride ? strided(two_triangles()) : own_copy(two_triangles());
+    ASSERT_EQ(convert_into_quadratic(x, c), 0);
+    // Element 0 meets (1,2), (2,0), (0,1); element 1 meets (3,2), then the
+    // shared (2,1), then (1,3).
+    EXPECT_EQ(as_columns(c), (cols_t{{0, 1, 2, 4, 5, 6}, {1, 3, 2, 7, 4, 8}}));
+    ASSERT_EQ(x.cols, 9u);
+    expect_node(x, 1, 1, 0); // old nodes stay
+    expect_node(x, 4, 0.5, 0.5);
+    expect_node(x, 5, 0, 0.5);
+    expect_node(x, 6, 0.5, 0);
+    expect_node(x, 7, 0.5, 1);
+    expect_node(x, 8, 1, 0.5);
+  }
+}
+
+TEST(RaiseOrder, EdgeRunsAreReversedInTheSecondElement) {
+  auto x = square();
+  dense2D<unsigned> out;
+  ASSERT_EQ(convert_into_high_order(x, strided(two_triangles()), 2, 0, 1, out, dense2D<unsigned>()), 0);
+  // Edge (1,2) is stored as met in element 0: nodes 4, 5 run from 1 to 2.
+  EXPECT_EQ(as_columns(out), (cols_t{{0, 1, 2, 4, 5, 6, 7, 8, 9, 14}, {1, 3, 2, 10, 11, 5, 4, 12, 13, 15}}));
+  ASSERT_EQ(x.cols, 16u);
+  expect_node(x, 4, 2 / 3.0, 1 / 3.0);
+  expect_node(x, 5, 1 / 3.0, 2 / 3.0);
+  expect_node(x, 14, 1 / 3.0, 1 / 3.0); // centroid
+  expect_node(x, 15, 2 / 3.0, 2 / 3.0);
+}
+
+TEST(RaiseOrder, MixedMeshGetsNineRowsAndTrianglesEndInNullId) {
+  // A unit quadrangle 0 1 4 3 and a triangle 1 2 4 on its right.
+  const auto x0 = coords({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}});
+  const auto mesh = conn({{0, 1, 4, 3}, {1, 2, 4, N}});
+  auto x = own_copy(x0);
+  auto c = strided(mesh);
+  ASSERT_EQ(convert_into_quadratic(x, c), 0);
+  EXPECT_EQ(as_columns(c), (cols_t{{0, 1, 4, 3, 5, 6, 7, 8, 11}, {1, 2, 4, 9, 6, 10, N, N, N}}));
+  ASSERT_EQ(x.cols, 12u);
+  expect_node(x, 11, 0.5, 0.5);
+
+  // Only triangles in a 4-row array: T6 columns, no centre rows.
+  auto xt = own_copy(x0);
+  auto tri = conn({{1, 2, 4, N}, {0, 1, 3, N}});
+  ASSERT_EQ(convert_into_quadratic(xt, tri), 0);
+  EXPECT_EQ(tri.rows, 6u);
+  EXPECT_EQ(xt.cols, 5u + 6u);
+
+  // Q8: edge nodes only.
+  auto x8 = own_copy(x0);
+  dense2D<unsigned> q8;
+  ASSERT_EQ(convert_into_high_order(x8, conn({{0, 1, 4, 3}}), 1, 0, 0, q8, dense2D<unsigned>()), 0);
+  EXPECT_EQ(as_columns(q8), (cols_t{{0, 1, 4, 3, 5, 6, 7, 8}}));
+}
+
+TEST(RaiseOrder, InteriorGridsAndThePartialThreeNodeTriangle) {
+  auto x = coords({{0, 0}, {3, 0}, {3, 3}, {0, 3}});
+  dense2D<unsigned> out;
+  ASSERT_EQ(convert_into_high_order(x, conn({{0, 1, 2, 3}}), 1, 4, 0, out, dense2D<unsigned>()), 0);
+  ASSERT_EQ(out.rows, 12u);
+  EXPECT_EQ(as_columns(out)[0], (std::vector<unsigned>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
+  expect_node(x, 8, 1, 1); // rows of constant v, u fastest
+  expect_node(x, 9, 2, 1);
+  expect_node(x, 10, 1, 2);
+  expect_node(x, 11, 2, 2);
+
+  // Three interior nodes per triangle: two are kept, the numbering moves by
+  // two, and the trailing columns stay zero.
+  auto xt = coords({{0, 0}, {4, 0}, {0, 4}, {4, 4}});
+  dense2D<unsigned> t;
+  ASSERT_EQ(convert_into_high_order(xt, two_triangles(), 1, 0, 3, t, dense2D<unsigned>()), 0);
+  EXPECT_EQ(as_columns(t), (cols_t{{0, 1, 2, 4, 5, 6, 9, 10, N}, {1, 3, 2, 7, 4, 8, 11, 12, N}}));
+  ASSERT_EQ(xt.cols, 9u + 6u);
+  expect_node(xt, 9, 1, 2);  // (1/4, 1/4): weights of corners 0 and 1
+  expect_node(xt, 10, 1, 1); // (1/2, 1/4)
+  expect_node(xt, 11, 2, 3); // the second triangle's first point, over the first's third
+  expect_node(xt, 13, 3, 3); // the second triangle's third point, never referenced
+  expect_node(xt, 14, 0, 0);
+}
+
+TEST(RaiseOrder, KnownEdgesKeepTheirNodesAndBendTheInterior) {
+  // Node 4 is an existing, off-centre mid node of edge 2-1.
+  auto x = coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.6, 0.6}});
+  auto c = two_triangles();
+  c = own_copy(c);
+  const auto edges = conn({{2, 1, 4}});
+  dense2D<unsigned> out;
+  ASSERT_EQ(convert_into_high_order(x, c, 1, 0, 1, out, edges), 0);
+  EXPECT_EQ(as_columns(out), (cols_t{{0, 1, 2, 4, 5, 6, 9}, {1, 3, 2, 7, 4, 8, 10}}));
+  ASSERT_EQ(x.cols, 11u);
+  expect_node(x, 4, 0.6, 0.6);
+  // T6 shape functions at the centroid: -1/9 per corner, 4/9 per mid node.
+  const double cx = (-1.0 / 9) * (0 + 1 + 0) + (4.0 / 9) * (0.6 + 0 + 0.5);
+  const double cy = (-1.0 / 9) * (0 + 0 + 1) + (4.0 / 9) * (0.6 + 0.5 + 0);
+  expect_node(x, 9, cx, cy);
+
+  // Two nodes per edge given as the run 4, 5 from node 2 towards node 1:
+  // element 0 runs 1 -> 2, against the given direction.
+  auto x2 = coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.3, 0.7}, {0.7, 0.3}});
+  dense2D<unsigned> out2;
+  ASSERT_EQ(convert_into_high_order(x2, two_triangles(), 2, 0, 0, out2, conn({{2, 1, 4, 0}})), 0);
+  EXPECT_EQ(as_columns(out2)[0], (std::vector<unsigned>{0, 1, 2, 5, 4, 6, 7, 8, 9}));
+  EXPECT_EQ(as_columns(out2)[1], (std::vector<unsigned>{1, 3, 2, 10, 11, 4, 5, 12, 13}));
+  expect_node(x2, 5, 0.7, 0.3);
+}
+
+TEST(RaiseOrder, StatusesInCheckingOrderAndTheEmptiedConn) {
+  const dense2D<unsigned> none;
+  auto bad_x = dense2D<double>(4, 4, 0.0);
+  auto c = two_triangles();
+  EXPECT_EQ(convert_into_high_order(bad_x, dense2D<unsigned>(3, 0), 9, 2, 2, c, conn({{0}})), 0);
+  EXPECT_EQ(c.cols, 0u); // the output is cleared before anything else
+
+  auto x = square();
+  const auto check = [&](const dense2D<unsigned>& mesh, unsigned ne, unsigned nq, unsigned nt,
+                         const dense2D<unsigned>& edges, dense2D<double>& xs) {
+    auto in_place = own_copy(mesh);
+    const int status = convert_into_high_order(xs, in_place, ne, nq, nt, edges);
+    EXPECT_EQ(in_place.rows * in_place.cols, 0u) << status; // the caller's conn is left empty
+    dense2D<unsigned> out = conn({{7}});
+    EXPECT_EQ(convert_into_high_order(xs, mesh, ne, nq, nt, out, edges), status);
+    EXPECT_EQ(out.cols, 0u);
+    EXPECT_EQ(xs.cols, 4u);
+    return status;
+  };
+  EXPECT_EQ(check(two_triangles(), 0, 0, 0, conn({{9, 9}}), x), 0); // nothing asked: conn emptied
+  EXPECT_EQ(check(two_triangles(), 1, 2, 2, conn({{9}}), bad_x), -1);
+  EXPECT_EQ(check(conn({{0, 1, 4}}), 1, 2, 2, conn({{9}}), x), -2);
+  EXPECT_EQ(check(conn({{0, 1, 2, 3, 0}}), 1, 0, 0, none, x), -2);
+  EXPECT_EQ(check(conn({{0, 1, N}}), 1, 0, 0, none, x), -2);
+  EXPECT_EQ(check(two_triangles(), 1, 2, 2, conn({{9}}), x), -4);
+  EXPECT_EQ(check(two_triangles(), 1, 4, 2, conn({{9}}), x), -5);
+  EXPECT_EQ(check(two_triangles(), 1, 4, 3, conn({{1, 2}}), x), -6);
+  EXPECT_EQ(check(two_triangles(), 1, 4, 3, conn({{1, 2, 4}}), x), -6);
+  EXPECT_EQ(check(two_triangles(), 2, 4, 3, conn({{1, 2, 3, 0}}), x), -6); // the run 3, 4 passes the last node
+
+  auto q = two_triangles();
+  EXPECT_EQ(convert_into_quadratic(bad_x, q), -1);
+  EXPECT_EQ(q.cols, 0u);
+  q = two_triangles();
+  EXPECT_EQ(convert_into_quadratic(x, q, conn({{1, 2}})), -6);
+}
+
+TEST(RaiseOrder, OutOfMemoryRollsBackCoordsInEveryForm) {
+  const auto mesh = make_random_mesh(4, 7);
+  const unsigned a = mesh.conn(0, 0), b = mesh.conn(1, 0);
+  const auto cubic_edges = conn({{a, b, 0, 0}}), quartic_edges = conn({{a, b, 0, 0, 0}});
+  for (int form = 0; form < 4; ++form) {
+    auto ref_x = own_copy(mesh.coords);
+    auto ref_c = own_copy(mesh.conn);
+    dense2D<unsigned> ref_out;
+    const auto run = [&](dense2D<double>& x, dense2D<unsigned>& c, dense2D<unsigned>& out) {
+      switch (form) {
+      case 0: return convert_into_high_order(x, mesh.conn, 2, 4, 1, out, cubic_edges);
+      case 1: return convert_into_high_order(x, c, 3, 1, 3, quartic_edges);
+      case 2: return convert_into_quadratic(x, c);
+      default: return convert_into_quadratic(x, c, dense2D<unsigned>());
+      }
+    };
+    ASSERT_EQ(run(ref_x, ref_c, ref_out), 0);
+    unsigned refusals = 0;
+    const unsigned long walked = sweep_allocation_failures([&](unsigned long n) {
+      auto x = own_copy(mesh.coords);
+      auto c = own_copy(mesh.conn);
+      dense2D<unsigned> out = conn({{5, 5}});
+      int status = 1;
+      const bool failed = fail_during(n, [&] { status = run(x, c, out); });
+      const auto& result = form == 0 ? out : c;
+      if (status == -199) {
+        ++refusals;
+        EXPECT_EQ(as_columns(x), as_columns(mesh.coords));
+        // In place, a failed copy at entry changes nothing; later failures
+        // leave the emptied output.
+        const bool untouched = form != 0 && as_columns(c) == as_columns(mesh.conn);
+        EXPECT_TRUE(untouched || result.rows * result.cols == 0);
+      } else {
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(as_columns(x), as_columns(ref_x));
+        EXPECT_EQ(as_columns(result), as_columns(form == 0 ? ref_out : ref_c));
+      }
+      // The working map's first sizing may fail unnoticed: it is sized again
+      // before use, and the call then succeeds.
+      EXPECT_TRUE(status != -199 || failed) << "form " << form << " allocation " << n;
+      return failed;
+    });
+    EXPECT_GE(walked, 3u);
+    EXPECT_GE(refusals, 3u);
+  }
+}
+
+TEST(RaiseOrder, RandomMeshesHaveMidNodesAtMidpointsAndSharedEdgesAgree) {
+  for (unsigned seed = 1; seed <= 6; ++seed) {
+    const auto mesh = make_random_mesh(9, seed, seed / 6.0);
+    auto x = strided(mesh.coords);
+    auto c = strided(mesh.conn);
+    ASSERT_EQ(convert_into_high_order(x, c, 3, 0, 0, dense2D<unsigned>()), 0);
+    std::map<std::pair<unsigned, unsigned>, std::vector<unsigned>> runs;
+    for (unsigned j = 0; j < c.cols; ++j) {
+      const bool tri = mesh.conn(3, j) == N;
+      for (unsigned e = 0; e < (tri ? 3u : 4u); ++e) {
+        const unsigned a = c(tri ? (e + 1) % 3 : e, j), b = c(tri ? (e + 2) % 3 : (e + 1) % 4, j);
+        const std::vector<unsigned> run{c((tri ? 3 : 4) + 3 * e, j), c((tri ? 4 : 5) + 3 * e, j),
+                                        c((tri ? 5 : 6) + 3 * e, j)};
+        for (unsigned k = 0; k < 3; ++k) // evenly spaced from a to b
+          for (unsigned i = 0; i < 2; ++i)
+            EXPECT_NEAR(x(i, run[k]), x(i, a) + (k + 1) * (x(i, b) - x(i, a)) / 4, 1e-14);
+        const auto other = runs.find({b, a});
+        if (other != runs.end())
+          EXPECT_EQ(other->second, (std::vector<unsigned>{run[2], run[1], run[0]}));
+        else
+          runs[{a, b}] = run;
+      }
+    }
+    EXPECT_EQ(x.cols, mesh.coords.cols + 3 * runs.size()); // one run per distinct edge
+  }
+}
