@@ -9,5 +9,7 @@
 int main() {
   std::printf("tesskit2d %s demo\n", kelm::tesskit2d::version());
   demo::linear_reduction_steps();
+  demo::measures_steps();
+  demo::orientation_steps();
   return 0;
 }

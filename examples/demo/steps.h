@@ -4,5 +4,7 @@
 namespace demo {
 
 void linear_reduction_steps();
+void measures_steps();
+void orientation_steps();
 
 } // namespace demo
