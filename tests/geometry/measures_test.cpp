@@ -200,15 +200,6 @@ TEST(Circumcenters, CentresOfADiskFanLieOnTheirTriangleBisectors) {
   }
 }
 
-TEST(Circumcenters, FlatTrianglesGiveTheirFallbackAndNoError) {
-  const auto xy = coords({{0, 0}, {6, 0}, {2, 0}, {0, 4}});
-  dense2D<double> centers;
-  ASSERT_EQ(circumcenters(xy, conn({{0, 1, 2}, {0, 1, 3}}), centers), 0);
-  EXPECT_EQ(as_columns(centers), (std::vector<std::vector<double>>{{3, 0}, {3, 2}}));
-  ASSERT_EQ(circumcenters(lift(xy), conn({{0, 1, 2}}), centers), 0);
-  EXPECT_EQ(as_columns(centers), (std::vector<std::vector<double>>{{2, 0, 4}}));
-}
-
 TEST(Circumcenters, StatusesInCheckingOrderLeaveCentersEmpty) {
   const auto xy = coords({{0, 0}, {1, 0}, {0, 1}});
   dense2D<double> centers(2, 4, 1.0);

@@ -10,8 +10,6 @@ using namespace kelm::tesskit2d;
 
 namespace {
 
-const double pi = std::acos(-1.0);
-
 double distance2(const double* a, const double* b, unsigned dim) {
   double s = 0;
   for (unsigned k = 0; k < dim; ++k)
@@ -37,21 +35,6 @@ TEST(TriangleArea, ThinTriangleKeepsAllDigitsThroughTheShortEdge) {
   EXPECT_DOUBLE_EQ(triangle_double_area_3d(p1, p2, p0), exact);
 }
 
-TEST(TriangleArea, SignInThePlaneAndMagnitudeInSpace) {
-  const auto xy = coords({{0, 0}, {2, 0}, {0, 3}});
-  const unsigned ccw[3] = {0, 1, 2}, cw[3] = {0, 2, 1};
-  EXPECT_DOUBLE_EQ(triangle_double_area(xy, ccw), 6.0);
-  EXPECT_DOUBLE_EQ(triangle_double_area(xy, cw), -6.0);
-  const auto xyz = coords({{0, 0, 1}, {2, 0, 1}, {0, 3, 1}});
-  EXPECT_DOUBLE_EQ(triangle_double_area(xyz, cw), 6.0);
-  const auto n = triangle_normal(xyz, ccw);
-  EXPECT_DOUBLE_EQ(n[0], 0.0);
-  EXPECT_DOUBLE_EQ(n[1], 0.0);
-  EXPECT_DOUBLE_EQ(n[2], 6.0); // counter-clockwise seen from +z
-  const unsigned flat[3] = {0, 0, 1};
-  EXPECT_EQ(triangle_double_area(xyz, flat), 0.0);
-}
-
 TEST(QuadrangleArea, WarpedQuadrangleCountsTheLargerTriangulation) {
   // Across AC the halves have twice-areas 1 and sqrt(3); across BD sqrt(2)
   // each.
@@ -67,32 +50,8 @@ TEST(QuadrangleArea, WarpedQuadrangleCountsTheLargerTriangulation) {
   EXPECT_DOUBLE_EQ(n[2], 12.0);
 }
 
-TEST(CornerAngles, RegularElementsNormaliseToOneAndClockwiseIsNegativeInThePlane) {
-  const double h = std::sqrt(3.0) / 2;
-  const auto xy = coords({{0, 0}, {1, 0}, {0.5, h}, {1, 1}, {0, 1}});
-  const unsigned tri[3] = {0, 1, 2}, square[4] = {0, 1, 3, 4};
-  double a[4];
-  triangle_angles(xy, tri, true, a);
-  for (unsigned i = 0; i < 3; ++i)
-    EXPECT_NEAR(a[i], 1.0, 1e-15);
-  quadrangle_angles(xy, square, true, a);
-  for (unsigned i = 0; i < 4; ++i)
-    EXPECT_NEAR(a[i], 1.0, 1e-15);
-
-  // Corner i of the right triangle (0,0), (0,2), (1,0) as given is clockwise.
-  const auto right = coords({{0, 0}, {0, 2}, {1, 0}});
-  triangle_angles(right, tri, false, a);
-  EXPECT_NEAR(a[0], -pi / 2, 1e-15);
-  EXPECT_NEAR(a[0] + a[1] + a[2], -pi, 1e-14);
-  EXPECT_NEAR(a[1], -std::atan(0.5), 1e-15);
-
-  const auto right3 = coords({{0, 0, 0}, {0, 2, 0}, {1, 0, 0}});
-  triangle_angles(right3, tri, false, a);
-  EXPECT_NEAR(a[0], pi / 2, 1e-15);
-  EXPECT_NEAR(a[1], std::atan(0.5), 1e-15);
-  EXPECT_NEAR(a[0] + a[1] + a[2], pi, 1e-14);
-
-  // A tiny angle, which a formula through acos of the cosine would round to 0.
+TEST(CornerAngles, TinyAngleKeepsItsDigits) {
+  // acos of the cosine would round this angle to 0.
   const double o[3] = {0, 0, 0}, u[3] = {1, 0, 0}, w[3] = {1, 1e-10, 0};
   EXPECT_NEAR(corner_angle(o, u, w), 1e-10, 1e-24);
 }
@@ -147,17 +106,4 @@ TEST(Circumcenter, RightAndFlatTrianglesFallBackWhereExpected) {
   // All corners equal: no edge to prefer, so edge 0 and its midpoint.
   EXPECT_EQ(circumcenter_2d(p2, p2, p2, m), 0.0);
   EXPECT_EQ(m[0], 3.0);
-}
-
-TEST(SolveSymmetric2x2, RefinementReachesTheSolutionOfAnIllConditionedSystem) {
-  // (1, 1; 1, 1 + 1e-9) with solution (1, 1).
-  const double a11 = 1, a12 = 1, a22 = 1 + 1e-9;
-  const double b1 = a11 + a12, b2 = a12 + a22;
-  double x = 0, y = 0;
-  solve_symmetric_2x2(a11, a12, a22, 1 / (a11 * a22 - a12 * a12), b1, b2, 2, x, y);
-  EXPECT_NEAR(x, 1.0, 1e-6);
-  EXPECT_NEAR(y, 1.0, 1e-6);
-  solve_symmetric_2x2(4, 1, 3, 1.0 / 11, 1, 2, 0, x, y);
-  EXPECT_DOUBLE_EQ(x, 1.0 / 11);
-  EXPECT_DOUBLE_EQ(y, 7.0 / 11);
 }
