@@ -19,9 +19,11 @@ using edge_map = hash_table<edge_record>;
 
 constexpr std::uint64_t id_limit = 0xFFFFFFFFu; // null_id is never a node
 
-// Elements looked ahead when prefetching bucket heads: enough edges in
-// flight to hide a cache miss behind the work on the current element.
-constexpr unsigned elements_ahead = 6;
+// Elements looked ahead when prefetching: the bucket heads of the edges of
+// element j + 2 * elements_ahead are requested first, and when the loop is
+// elements_ahead nearer, the chain record behind each head, so that the walk
+// of a chain at element j finds both in the cache.
+constexpr unsigned elements_ahead = 4;
 constexpr unsigned records_ahead = 16;
 
 // The side m of a perfect square m * m, or null_id.
@@ -62,10 +64,16 @@ unsigned edge_node(const unsigned* c, bool triangle, unsigned e, unsigned end) n
   return c[triangle ? triangle_edge[e][end] : quadrangle_edge[e][end]];
 }
 
+template <bool chain>
 void prefetch_edges(const edge_map& map, const dense2D<unsigned>& conn, const unsigned* c) noexcept {
   const bool triangle = is_triangle(conn, c);
-  for (unsigned e = 0, ne = triangle ? 3 : 4; e < ne; ++e)
-    map.prefetch(key_hash(edge2(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1))));
+  for (unsigned e = 0, ne = triangle ? 3 : 4; e < ne; ++e) {
+    const unsigned h = key_hash(edge2(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1)));
+    if (chain)
+      map.prefetch_chain(h);
+    else
+      map.prefetch(h);
+  }
 }
 
 // Copies the corners and numbers the edge nodes in one pass over the
@@ -76,7 +84,8 @@ bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, den
                   std::uint64_t& next_id) noexcept {
   const unsigned n = conn.cols;
   for (unsigned j = 0; j < n; ++j) {
-    if (j + elements_ahead < n) prefetch_edges(map, conn, conn.column(j + elements_ahead));
+    if (j + 2 * elements_ahead < n) prefetch_edges<false>(map, conn, conn.column(j + 2 * elements_ahead));
+    if (j + elements_ahead < n) prefetch_edges<true>(map, conn, conn.column(j + elements_ahead));
     const unsigned* c = conn.column(j);
     unsigned* o = out.column(j);
     const bool triangle = is_triangle(conn, c);

@@ -194,6 +194,14 @@ public:
   /// loops that know their next keys ahead.
   void prefetch(unsigned hash) const noexcept { __builtin_prefetch(records->data + base + bucket_of(hash), 1); }
 
+  /// Second stage of a prefetch: once the head of the bucket of `hash` is in
+  /// the cache, starts loading the next record of its chain, which overflow
+  /// places far from the head.
+  void prefetch_chain(unsigned hash) const noexcept {
+    const Record* head = records->data + base + bucket_of(hash);
+    if (head->next != 0) __builtin_prefetch(head + head->next, 1);
+  }
+
   Ptr<storage> records;
   unsigned used = 0;
   unsigned base = 0;
