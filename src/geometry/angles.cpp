@@ -7,8 +7,8 @@
 namespace kelm {
 namespace tesskit2d {
 
-int angles(const dense2D<double> &coords, const dense2D<unsigned> &conn, bool normalized, dense1D<double> &min_angles,
-           dense1D<double> &max_angles) noexcept {
+int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool normalized, dense1D<double>& min_angles,
+           dense1D<double>& max_angles) noexcept {
   min_angles.size = 0;
   max_angles.size = 0;
   const unsigned n = conn.cols;
@@ -28,7 +28,7 @@ int angles(const dense2D<double> &coords, const dense2D<unsigned> &conn, bool no
 
   const bool mixed = conn.rows == 4;
   for (unsigned j = 0; j < n; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     double a[4];
     unsigned corners = 3;
     if (mixed && c[3] != null_id) {

@@ -9,19 +9,19 @@ namespace {
 // Twice the area of a mesh of one kind of column; the dimension and the
 // kinds are settled once per call so that the loop carries no dispatch that
 // does not depend on the element.
-double triangles_2d(const dense2D<double> &coords, const dense2D<unsigned> &conn) noexcept {
+double triangles_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     sum += triangle_double_area_2d(coords.column(c[0]), coords.column(c[1]), coords.column(c[2]));
   }
   return sum;
 }
 
-double triangles_3d(const dense2D<double> &coords, const dense2D<unsigned> &conn) noexcept {
+double triangles_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     sum += triangle_double_area_3d(coords.column(c[0]), coords.column(c[1]), coords.column(c[2]));
   }
   return sum;
@@ -29,25 +29,25 @@ double triangles_3d(const dense2D<double> &coords, const dense2D<unsigned> &conn
 
 // A planar quadrangle counts the cross product of its diagonals, signed like
 // a triangle.
-double mixed_2d(const dense2D<double> &coords, const dense2D<unsigned> &conn) noexcept {
+double mixed_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     if (c[3] == null_id) {
       sum += triangle_double_area_2d(p0, p1, p2);
     } else {
-      const double *p3 = coords.column(c[3]);
+      const double* p3 = coords.column(c[3]);
       sum += (p2[0] - p0[0]) * (p3[1] - p1[1]) - (p2[1] - p0[1]) * (p3[0] - p1[0]);
     }
   }
   return sum;
 }
 
-double mixed_3d(const dense2D<double> &coords, const dense2D<unsigned> &conn) noexcept {
+double mixed_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     sum +=
         c[3] == null_id ? triangle_double_area_3d(p0, p1, p2) : quadrangle_double_area(p0, p1, p2, coords.column(c[3]));
@@ -57,7 +57,7 @@ double mixed_3d(const dense2D<double> &coords, const dense2D<unsigned> &conn) no
 
 } // namespace
 
-int area(const dense2D<double> &coords, const dense2D<unsigned> &conn, double &total_area) noexcept {
+int area(const dense2D<double>& coords, const dense2D<unsigned>& conn, double& total_area) noexcept {
   total_area = 0.0;
   if (conn.rows * conn.cols == 0) return 0;
   if (coords.rows != 2 && coords.rows != 3) return -1;

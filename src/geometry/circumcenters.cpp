@@ -6,7 +6,7 @@
 namespace kelm {
 namespace tesskit2d {
 
-int circumcenters(const dense2D<double> &coords, const dense2D<unsigned> &conn, dense2D<double> &centers) noexcept {
+int circumcenters(const dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<double>& centers) noexcept {
   clear_output(centers);
   const unsigned dim = coords.rows, n = conn.cols;
   if (dim != 2 && dim != 3) return -1;
@@ -14,7 +14,7 @@ int circumcenters(const dense2D<double> &coords, const dense2D<unsigned> &conn, 
   if (!centers.resize(dim, n)) return -199;
 
   for (unsigned j = 0; j < n; ++j) {
-    const unsigned *c = conn.column(j);
+    const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     if (dim == 2)
       circumcenter_2d(p0, p1, p2, centers.column(j));

@@ -11,7 +11,7 @@ constexpr double quadrangle_scale = 0.6366197723675814;
 
 // Signed angle in the plane at `o` from the direction to `u` to the direction
 // to `w`.
-inline double plane_angle(const double *o, const double *u, const double *w) noexcept {
+inline double plane_angle(const double* o, const double* u, const double* w) noexcept {
   const double ax = u[0] - o[0], ay = u[1] - o[1];
   const double bx = w[0] - o[0], by = w[1] - o[1];
   return std::atan2(ax * by - ay * bx, ax * bx + ay * by);
@@ -20,8 +20,8 @@ inline double plane_angle(const double *o, const double *u, const double *w) noe
 // Corner i of a K-corner element sits between its successor and its
 // predecessor, so that a counter-clockwise element has positive angles.
 template <unsigned K>
-void corner_angles(const dense2D<double> &coords, const unsigned *nodes, double scale, double *out) noexcept {
-  const double *p[K];
+void corner_angles(const dense2D<double>& coords, const unsigned* nodes, double scale, double* out) noexcept {
+  const double* p[K];
   for (unsigned k = 0; k < K; ++k)
     p[k] = coords.column(nodes[k]);
   const bool plane = coords.rows == 2;
@@ -33,20 +33,20 @@ void corner_angles(const dense2D<double> &coords, const unsigned *nodes, double 
 
 } // namespace
 
-void triangle_angles(const dense2D<double> &coords, const unsigned *nodes, bool normalized, double out[3]) noexcept {
+void triangle_angles(const dense2D<double>& coords, const unsigned* nodes, bool normalized, double out[3]) noexcept {
   corner_angles<3>(coords, nodes, normalized ? triangle_scale : 1.0, out);
 }
 
-void quadrangle_angles(const dense2D<double> &coords, const unsigned *nodes, bool normalized, double out[4]) noexcept {
+void quadrangle_angles(const dense2D<double>& coords, const unsigned* nodes, bool normalized, double out[4]) noexcept {
   corner_angles<4>(coords, nodes, normalized ? quadrangle_scale : 1.0, out);
 }
 
-double circumcenter_2d(const double *p0, const double *p1, const double *p2, double center[2]) noexcept {
+double circumcenter_2d(const double* p0, const double* p1, const double* p2, double center[2]) noexcept {
   // The centre is sought on the perpendicular bisector of the longest edge,
   // M + t / 2 (-dy, dx), so that a flat triangle, for which no centre
   // exists, falls back to that edge's midpoint rather than to a point far
   // away.
-  const double *p[3] = {p0, p1, p2};
+  const double* p[3] = {p0, p1, p2};
   unsigned longest = 0;
   double L = -1.0, dx = 0.0, dy = 0.0;
   for (unsigned i = 0; i < 3; ++i) {
@@ -81,11 +81,11 @@ double circumcenter_2d(const double *p0, const double *p1, const double *p2, dou
   return (t * t + 1) * q;
 }
 
-double circumcenter_3d(const double *p0, const double *p1, const double *p2, double center[3]) noexcept {
+double circumcenter_3d(const double* p0, const double* p1, const double* p2, double center[3]) noexcept {
   // The centre is B + x / 2 u + y / 2 w on the two edges from a base corner
   // B. The base is P2 unless P0 - P1 is the shortest edge, in which case P0
   // is, so that the system is built from the two shorter edges.
-  const double *base = p2;
+  const double* base = p2;
   double u[3] = {p0[0] - p2[0], p0[1] - p2[1], p0[2] - p2[2]};
   double w[3] = {p1[0] - p2[0], p1[1] - p2[1], p1[2] - p2[2]};
   const double e2[3] = {p1[0] - p0[0], p1[1] - p0[1], p1[2] - p0[2]};
@@ -124,7 +124,7 @@ double circumcenter_3d(const double *p0, const double *p1, const double *p2, dou
 }
 
 void solve_symmetric_2x2(double a11, double a12, double a22, double inverse, double b1, double b2, unsigned max_steps,
-                         double &x, double &y) noexcept {
+                         double& x, double& y) noexcept {
   x = (a22 * b1 - a12 * b2) * inverse;
   y = (a11 * b2 - a12 * b1) * inverse;
   for (unsigned step = 0; step < max_steps; ++step) {
