@@ -13,3 +13,4 @@
 #include "tesskit2d/structured.h"
 #include "tesskit2d/orientation.h"
 #include "tesskit2d/high_order.h"
+#include "tesskit2d/geometric_split.h"

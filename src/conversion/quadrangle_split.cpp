@@ -1,0 +1,57 @@
+#include <algorithm>
+
+#include "conversion/triangle_quality.h"
+#include "foundation/column_append.h"
+#include "tesskit/check_IDs.h"
+#include "tesskit2d/geometric_split.h"
+
+namespace kelm {
+namespace tesskit2d {
+namespace {
+
+// A 3-row array holds triangles only, and the mixed check would refuse it.
+bool conn_valid(const dense2D<unsigned>& conn, unsigned n_nodes) noexcept {
+  if (conn.rows == 3) return tesskit::check_IDs(conn, T3, n_nodes);
+  return conn.rows == 4 && tesskit::check_IDs(conn, MIXED, n_nodes);
+}
+
+} // namespace
+
+int split_Q4_into_T3(const dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out_conn) {
+  const unsigned n = conn.cols;
+  if (n == 0) return 0;
+  if (coords.rows != 2 && coords.rows != 3) return -1;
+  if (!conn_valid(conn, coords.cols)) return -2;
+  if (out_conn.rows * out_conn.cols != 0 && out_conn.rows != 3) return -3;
+  if (conn.rows == 3) return append_columns(out_conn, conn) ? 0 : -199;
+  if (!out_conn.reserve(3, out_conn.cols + 2 * n, 1)) return -199;
+
+  int split = 0;
+  for (unsigned j = 0; j < n; ++j) {
+    const unsigned* c = conn.column(j);
+    if (c[3] == null_id) {
+      push_column<3>(out_conn, {c[0], c[1], c[2]});
+      continue;
+    }
+    // Starting from the smallest ID makes the cut a property of the corners,
+    // not of the column's first row, so two columns holding the same
+    // quadrangle are cut alike.
+    const unsigned k = static_cast<unsigned>(std::min_element(c, c + 4) - c);
+    const unsigned a = c[k], b = c[(k + 1) % 4], cc = c[(k + 2) % 4], d = c[(k + 3) % 4];
+    const double cut_ac = std::min(triangle_quality(coords, a, b, cc), triangle_quality(coords, cc, d, a));
+    const double cut_bd = std::min(triangle_quality(coords, b, cc, d), triangle_quality(coords, d, a, b));
+    // The margin lets the cut through the smallest ID win near-ties.
+    if (cut_ac <= cut_bd - 1e-12) {
+      push_column<3>(out_conn, {b, cc, d});
+      push_column<3>(out_conn, {d, a, b});
+    } else {
+      push_column<3>(out_conn, {a, b, cc});
+      push_column<3>(out_conn, {cc, d, a});
+    }
+    ++split;
+  }
+  return split;
+}
+
+} // namespace tesskit2d
+} // namespace kelm

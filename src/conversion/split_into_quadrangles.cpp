@@ -1,0 +1,64 @@
+#include "conversion/raise_order.h"
+#include "foundation/column_append.h"
+#include "foundation/element_conventions.h"
+#include "tesskit/check_IDs.h"
+#include "tesskit2d/geometric_split.h"
+
+namespace kelm {
+namespace tesskit2d {
+
+int split_into_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out_conn,
+                  const dense2D<unsigned>& edges) {
+  const unsigned n = conn.cols, n_nodes = coords.cols;
+  if (n == 0) return 0;
+  if (coords.rows != 2 && coords.rows != 3) return -1;
+  // A 3-row array holds triangles only, and the mixed check would refuse it.
+  const bool ids_valid = conn.rows == 3   ? tesskit::check_IDs(conn, T3, n_nodes)
+                         : conn.rows == 4 ? tesskit::check_IDs(conn, MIXED, n_nodes)
+                                          : false;
+  if (!ids_valid) return -2;
+  if (out_conn.rows * out_conn.cols != 0 && out_conn.rows != 4) return -3;
+  if (!tesskit::check_IDs(edges, E3, n_nodes)) return -4;
+
+  const unsigned T =
+      conn.rows == 4 ? count_null_rows(conn.column(0) + 3, conn.ld, conn.column(0) + std::size_t(n) * conn.ld, null_id)
+                     : 0;
+  const unsigned Q = n - T;
+
+  // Mid-edge nodes shared between neighbours and one centre node per element.
+  dense2D<unsigned> raised;
+  if (raise_order(coords, conn, 1, 1, 1, raised, edges) < 0) return -199;
+  const unsigned long long room = (unsigned long long)out_conn.cols + 3ull * T + 4ull * Q;
+  if (room > 0xFFFFFFFFu || !out_conn.reserve(4, static_cast<unsigned>(room), 1)) {
+    coords.resize(coords.rows, n_nodes);
+    return -199;
+  }
+  out_conn.resize(4, out_conn.cols, null_id);
+
+  // Child i starts at corner i, goes to the mid node of the edge leaving it,
+  // the centre, and the mid node of the edge coming into it, so every child
+  // keeps the parent's orientation.
+  const unsigned raised_rows = raised.rows;
+  for (unsigned j = 0; j < n; ++j) {
+    unsigned r[9];
+    const unsigned* c = raised.column(j);
+    for (unsigned i = 0; i < 9; ++i)
+      r[i] = i < raised_rows ? c[i] : null_id;
+    // Row 6 of a raised triangle holds its centre; row 7 is the first that a
+    // triangle leaves empty.
+    if (r[7] == null_id) {
+      push_column<4>(out_conn, {r[0], r[5], r[6], r[4]});
+      push_column<4>(out_conn, {r[1], r[3], r[6], r[5]});
+      push_column<4>(out_conn, {r[2], r[4], r[6], r[3]});
+    } else {
+      push_column<4>(out_conn, {r[0], r[4], r[8], r[7]});
+      push_column<4>(out_conn, {r[1], r[5], r[8], r[4]});
+      push_column<4>(out_conn, {r[2], r[6], r[8], r[5]});
+      push_column<4>(out_conn, {r[3], r[7], r[8], r[6]});
+    }
+  }
+  return 0;
+}
+
+} // namespace tesskit2d
+} // namespace kelm
