@@ -23,6 +23,13 @@ unsigned rows_of(element_type type) noexcept {
 // row 3 of a linear array, row 6 of a quadratic one.
 unsigned first_optional_row(unsigned rows) noexcept { return rows == 4 ? 3 : 6; }
 
+unsigned largest(const unsigned* c, unsigned n) noexcept {
+  unsigned top = 0;
+  for (unsigned i = 0; i < n; ++i)
+    top = c[i] > top ? c[i] : top;
+  return top;
+}
+
 } // namespace
 
 bool check_IDs(const dense2D<unsigned>& conn, element_type type, unsigned n) noexcept {
@@ -33,14 +40,19 @@ bool check_IDs(const dense2D<unsigned>& conn, element_type type, unsigned n) noe
   } else if (conn.rows != rows_of(type)) {
     return false;
   }
-  const unsigned optional = mixed ? first_optional_row(conn.rows) : conn.rows;
+  if (!mixed) {
+    // Every row holds a node, so the check is a maximum: over the whole
+    // array at once when it is packed, which vectorises, else per column.
+    if (conn.ld == conn.rows) return largest(conn.column(0), conn.rows * conn.cols) < n;
+    for (unsigned j = 0; j < conn.cols; ++j)
+      if (largest(conn.column(j), conn.rows) >= n) return false;
+    return true;
+  }
+  const unsigned optional = first_optional_row(conn.rows);
   for (unsigned j = 0; j < conn.cols; ++j) {
     const unsigned* c = conn.column(j);
-    const bool triangle = mixed && c[optional] == none;
-    const unsigned checked = triangle ? optional : conn.rows;
     // With n of 0xFFFFFFFF this refuses only `none` where a node must be.
-    for (unsigned i = 0; i < checked; ++i)
-      if (c[i] >= n) return false;
+    if (largest(c, c[optional] == none ? optional : conn.rows) >= n) return false;
   }
   return true;
 }
