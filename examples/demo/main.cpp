@@ -9,6 +9,7 @@
 int main() {
   std::printf("tesskit2d %s demo\n", kelm::tesskit2d::version());
   demo::linear_reduction_steps();
+  demo::conversion_steps();
   demo::measures_steps();
   demo::orientation_steps();
   return 0;

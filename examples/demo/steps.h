@@ -4,6 +4,7 @@
 namespace demo {
 
 void linear_reduction_steps();
+void conversion_steps();
 void measures_steps();
 void orientation_steps();
 
