@@ -8,4 +8,7 @@ void conversion_steps();
 void measures_steps();
 void orientation_steps();
 
+void extrusion_steps();
+void structured_steps();
+
 } // namespace demo

@@ -19,10 +19,23 @@ int collect_used_nodes(const dense2D<unsigned>& conn, id_list& used_nodes) noexc
   return 0;
 }
 
+namespace {
+
+// Every new column is written in full by the generators, so the fill value
+// is spent only where nothing else would be written: the new rows of old
+// columns (a 3-row mesh widened to 4) and the columns of an output that was
+// empty but had columns.
+bool size_elements(dense2D<unsigned>& conn_out, unsigned rows, unsigned cols) noexcept {
+  const bool all_written = conn_out.cols == 0 || (conn_out.rows * conn_out.cols != 0 && conn_out.rows >= rows);
+  return all_written ? conn_out.resize(rows, cols) : conn_out.resize(rows, cols, null_id);
+}
+
+} // namespace
+
 int extrude_elements_Q4(const dense2D<unsigned>& conn, const id_list& used_nodes, unsigned n_nodes, unsigned n_layers,
                         dense2D<unsigned>& conn_out) noexcept {
   const unsigned E = conn.cols, C = used_nodes.size, old_elements = conn_out.cols;
-  if (!conn_out.resize(4, old_elements + E * n_layers, null_id)) return -199;
+  if (!size_elements(conn_out, 4, old_elements + E * n_layers)) return -199;
   const std::size_t ld = conn_out.ld;
   unsigned* out = conn_out.column(old_elements);
   for (unsigned e = 0; e < E; ++e) {
@@ -47,7 +60,7 @@ int extrude_elements_Q4(const dense2D<unsigned>& conn, const id_list& used_nodes
 int extrude_elements_T3(const dense2D<unsigned>& conn, const id_list& used_nodes, unsigned n_nodes, unsigned n_layers,
                         int pattern, dense2D<unsigned>& conn_out) noexcept {
   const unsigned E = conn.cols, C = used_nodes.size, old_elements = conn_out.cols;
-  if (!conn_out.resize(3, old_elements + 2 * E * n_layers, null_id)) return -199;
+  if (!size_elements(conn_out, 3, old_elements + 2 * E * n_layers)) return -199;
   const std::size_t ld = conn_out.ld;
   unsigned* out = conn_out.column(old_elements);
   for (unsigned e = 0; e < E; ++e) {

@@ -18,7 +18,8 @@ int place_layers(dense2D<double>& coords, unsigned R, const id_list& used_nodes,
                  double h0, double h1, Layer&& layer) noexcept {
   const unsigned C = used_nodes.size;
   if (C == 0 || n_layers == 0) return 0;
-  if (!coords.resize(R, n_nodes + C * n_layers, 0.0)) return -199;
+  // Every new column is written in full below, so it is not filled first.
+  if (!coords.resize(R, n_nodes + C * n_layers)) return -199;
   const std::size_t ld = coords.ld;
   const double* x = coords.column(0);
   double* out = coords.column(n_nodes);

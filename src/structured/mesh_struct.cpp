@@ -21,12 +21,19 @@ int check_loop(const dense2D<double>& coords, const dense1D<unsigned, 8>& bounda
 }
 
 // Both outputs are sized once, before any value is written, so a failure
-// needs only the column counts put back.
-bool size_outputs(dense2D<double>& coords, unsigned n_nodes, unsigned new_nodes, dense2D<unsigned>& conn_out,
-                  unsigned element_rows, unsigned old_elements, unsigned new_elements) noexcept {
+// needs only the column counts put back. Every new column is written in
+// full afterwards, so the fill value is spent only where nothing else would
+// be written: the columns of an output that was empty but had columns, and
+// the nodes of a wrapped interior count.
+bool size_outputs(dense2D<double>& coords, unsigned n_nodes, unsigned new_nodes, bool nodes_written,
+                  dense2D<unsigned>& conn_out, unsigned element_rows, unsigned old_elements,
+                  unsigned new_elements) noexcept {
   const unsigned dim = coords.rows;
-  if (coords.resize(dim, n_nodes + new_nodes, 0.0) &&
-      conn_out.resize(element_rows, old_elements + new_elements, null_id))
+  const bool elements_written = conn_out.rows * conn_out.cols != 0 || conn_out.cols == 0;
+  const bool nodes_ok =
+      nodes_written ? coords.resize(dim, n_nodes + new_nodes) : coords.resize(dim, n_nodes + new_nodes, 0.0);
+  if (nodes_ok && (elements_written ? conn_out.resize(element_rows, old_elements + new_elements)
+                                    : conn_out.resize(element_rows, old_elements + new_elements, null_id)))
     return true;
   coords.resize(dim, n_nodes);
   conn_out.resize(element_rows, old_elements, null_id);
@@ -41,9 +48,8 @@ void place_interior(dense2D<double>& coords, const unsigned* boundary, unsigned 
   const unsigned ld = coords.ld, rows = coords.rows;
   const double* x = coords.column(0);
   double* out = coords.column(n_nodes);
-  for (unsigned i = 1; i < M; ++i)
-    for (unsigned j = 1; j < N; ++j, out += ld)
-      transfinite_point(x, ld, rows, i, j, M, N, n_nodes, boundary, out);
+  for (unsigned i = 1; i < M; ++i, out += std::size_t(N - 1) * ld)
+    transfinite_line(x, ld, rows, i, M, N, n_nodes, boundary, out);
 }
 
 // Walking j upwards, the upper corners D and C of one cell are the lower
@@ -101,7 +107,7 @@ int mesh_struct_Q4(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary
   if (const int status = check_loop(coords, boundary, M, N)) return status;
   if (conn_out.rows * conn_out.cols != 0 && conn_out.rows != 4) return -4;
 
-  if (!size_outputs(coords, n_nodes, (M - 1) * (N - 1), conn_out, 4, old_elements, M * N)) return -199;
+  if (!size_outputs(coords, n_nodes, (M - 1) * (N - 1), true, conn_out, 4, old_elements, M * N)) return -199;
   const unsigned* b = boundary.begin();
   place_interior(coords, b, M, N, n_nodes);
   write_quadrangles(conn_out, old_elements, b, M, N, n_nodes);
@@ -119,7 +125,7 @@ int mesh_struct_T3(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary
 
   // With M = 0 the interior count wraps and `coords` shrinks; the loops below
   // then do nothing.
-  if (!size_outputs(coords, n_nodes, (M - 1) * (N - 1), conn_out, 3, old_elements, 2 * M * N)) return -199;
+  if (!size_outputs(coords, n_nodes, (M - 1) * (N - 1), M > 0, conn_out, 3, old_elements, 2 * M * N)) return -199;
   const unsigned* b = boundary.begin();
   place_interior(coords, b, M, N, n_nodes);
   write_triangles(conn_out, old_elements, b, M, N, n_nodes, pattern);

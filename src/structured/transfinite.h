@@ -19,5 +19,11 @@ namespace tesskit2d {
 void transfinite_point(const double* x, unsigned ld, unsigned rows, unsigned i, unsigned j, unsigned M, unsigned N,
                        unsigned n_nodes, const unsigned* boundary, double* out) noexcept;
 
+/// The same for the whole grid line i, j = 1 .. N - 1, written to the
+/// columns `out`, `out + ld`, ... with the values `transfinite_point` gives;
+/// the terms of the line are looked up once.
+void transfinite_line(const double* x, unsigned ld, unsigned rows, unsigned i, unsigned M, unsigned N, unsigned n_nodes,
+                      const unsigned* boundary, double* out) noexcept;
+
 } // namespace tesskit2d
 } // namespace kelm

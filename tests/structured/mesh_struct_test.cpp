@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "structured/grid_numbering.h"
+#include "structured/transfinite.h"
 #include "support/allocation_failure.h"
 #include "support/arrays.h"
 #include "support/planar_area.h"
@@ -199,6 +200,12 @@ TEST(MeshStruct, CurvedPatchFollowsTheBlendingInAllThreeRows) {
   ASSERT_EQ(r.coords.rows, 3u);
   for (unsigned id = n_nodes; id < r.coords.cols; ++id)
     EXPECT_NEAR(r.coords(2, id), saddle(r.coords(0, id), r.coords(1, id)), 1e-14);
+  // The grid is filled line by line; a single point gives the same values.
+  double point[3];
+  transfinite_point(r.coords.column(0), r.coords.ld, 3, 2, 3, 5, 4, n_nodes, r.loop.begin(), point);
+  const unsigned id = grid_node_id(2, 3, 5, 4, n_nodes, r.loop);
+  for (unsigned k = 0; k < 3; ++k)
+    EXPECT_EQ(point[k], r.coords(k, id));
 }
 
 TEST(MeshStruct, CrowdedBoundaryPullsTheInteriorLines) {
