@@ -14,68 +14,53 @@ const kelm::vector_fixed<double, 2> up = {{0, 1}};
 
 dense2D<double> three_points() { return coords({{0, 0}, {1, 0}, {2, 0}}); }
 
-} // namespace
-
-TEST(SweepNumbering, ChainInOrderCopiesNodesLayerByLayer) {
-  auto c = three_points();
+cols_t translated(dense2D<double>& c, const dense2D<unsigned>& edges) {
   dense2D<unsigned> out;
-  ASSERT_EQ(extrude_translate_Q4(c, conn({{0, 1}, {1, 2}}), up, 2u, out), 0);
-  EXPECT_EQ(as_columns(out), (cols_t{{0, 1, 4, 3}, {3, 4, 7, 6}, {1, 2, 5, 4}, {4, 5, 8, 7}}));
-  ASSERT_EQ(c.cols, 9u);
-  for (unsigned j = 1; j <= 2; ++j)
-    for (unsigned p = 0; p < 3; ++p) {
-      EXPECT_DOUBLE_EQ(c(0, 3 * j + p), p);
-      EXPECT_DOUBLE_EQ(c(1, 3 * j + p), 0.5 * j);
-    }
+  EXPECT_EQ(extrude_translate_Q4(c, edges, up, 2u, out), 0);
+  return as_columns(out);
 }
 
-TEST(SweepNumbering, NewNodesFollowFirstAppearanceNotNodeIDs) {
-  auto c = three_points();
-  dense2D<unsigned> out;
-  // Edges stored 1-2 then 0-1: the swept order is 1, 2, 0.
-  ASSERT_EQ(extrude_translate_Q4(c, conn({{1, 2}, {0, 1}}), up, 2u, out), 0);
-  EXPECT_EQ(as_columns(out), (cols_t{{1, 2, 4, 3}, {3, 4, 7, 6}, {0, 1, 3, 5}, {5, 3, 6, 8}}));
-  EXPECT_DOUBLE_EQ(c(0, 3), 1.0); // the copy of node 1 in layer 1
-  EXPECT_DOUBLE_EQ(c(0, 5), 0.0);
+} // namespace
 
+TEST(SweepNumbering, NewNodesFollowFirstAppearanceLayerByLayer) {
+  auto c = three_points();
+  EXPECT_EQ(translated(c, conn({{0, 1}, {1, 2}})), (cols_t{{0, 1, 4, 3}, {3, 4, 7, 6}, {1, 2, 5, 4}, {4, 5, 8, 7}}));
+  ASSERT_EQ(c.cols, 9u);
+  EXPECT_DOUBLE_EQ(c(0, 5), 2.0);
+  EXPECT_DOUBLE_EQ(c(1, 8), 1.0);
+
+  // Edges stored 1-2 then 0-1: the swept order is 1, 2, 0.
+  auto d = three_points();
+  EXPECT_EQ(translated(d, conn({{1, 2}, {0, 1}})), (cols_t{{1, 2, 4, 3}, {3, 4, 7, 6}, {0, 1, 3, 5}, {5, 3, 6, 8}}));
+  EXPECT_DOUBLE_EQ(d(0, 3), 1.0); // the copy of node 1 in layer 1
+  EXPECT_DOUBLE_EQ(d(0, 5), 0.0);
   id_list used;
   ASSERT_EQ(collect_used_nodes(conn({{1, 2}, {0, 1}, {2, 0}}), used), 0);
   EXPECT_EQ(as_vector<unsigned>(used), (std::vector<unsigned>{1, 2, 0}));
-}
 
-TEST(SweepNumbering, OnlyNodesOfEdgesAreSweptAndALoopClosesOnItself) {
-  dense2D<double> c(2, 10, 0.0);
-  c(0, 8) = 1;
-  dense2D<unsigned> out;
-  ASSERT_EQ(extrude_translate_Q4(c, conn({{7, 8}}), up, 3u, out), 0);
-  EXPECT_EQ(c.cols, 16u);
-  EXPECT_EQ(as_columns(out), (cols_t{{7, 8, 11, 10}, {10, 11, 13, 12}, {12, 13, 15, 14}}));
-
+  // Only nodes of edges are swept, and a loop closes on its own copies.
+  dense2D<double> sparse(2, 10, 0.0);
+  EXPECT_EQ(translated(sparse, conn({{7, 8}})), (cols_t{{7, 8, 11, 10}, {10, 11, 13, 12}}));
+  EXPECT_EQ(sparse.cols, 14u);
   auto tri = coords({{0, 0}, {1, 0}, {0, 1}});
-  dense2D<unsigned> ring;
-  ASSERT_EQ(extrude_translate_Q4(tri, conn({{0, 1}, {1, 2}, {2, 0}}), up, 2u, ring), 0);
-  EXPECT_EQ(tri.cols, 9u);                                             // 3 per layer, none repeated
-  EXPECT_EQ(as_columns(ring)[5], (std::vector<unsigned>{5, 3, 6, 8})); // the last cell reuses the first copies
+  EXPECT_EQ(translated(tri, conn({{0, 1}, {1, 2}, {2, 0}}))[5], (std::vector<unsigned>{5, 3, 6, 8}));
+  EXPECT_EQ(tri.cols, 9u);
 }
 
 TEST(SweepNumbering, TrianglePatternsFollowTheParityOfColumnAndLayer) {
-  const auto edges = conn({{0, 1}, {1, 2}});
-  auto cells = [&](int pattern) {
+  auto cells = [](int pattern) {
     auto c = three_points();
     dense2D<unsigned> out;
     // The uniform rotation does not check `pattern`, so any value reaches the cells.
-    const kelm::vector_fixed<double, 2> centre = {{0, -5}};
-    EXPECT_EQ(extrude_rotate_T3(c, edges, centre, 0.1, 2u, pattern, out), 0);
+    EXPECT_EQ(extrude_rotate_T3(c, conn({{0, 1}, {1, 2}}), {{0, -5}}, 0.1, 2u, pattern, out), 0);
     return as_columns(out);
   };
   // Cell (e, k) = (0, 0): cur 0, 1, top 3, 4.
   EXPECT_EQ(cells(2), (cols_t{{0, 1, 4}, {0, 4, 3}, {3, 4, 6}, {4, 7, 6}, {1, 2, 4}, {2, 5, 4}, {4, 5, 8}, {4, 8, 7}}));
   EXPECT_EQ(cells(0), (cols_t{{0, 1, 3}, {1, 4, 3}, {3, 4, 6}, {4, 7, 6}, {1, 2, 4}, {2, 5, 4}, {4, 5, 7}, {5, 8, 7}}));
-  const auto diagonal_up =
-      cols_t{{0, 1, 4}, {0, 4, 3}, {3, 4, 7}, {3, 7, 6}, {1, 2, 5}, {1, 5, 4}, {4, 5, 8}, {4, 8, 7}};
-  EXPECT_EQ(cells(1), diagonal_up);
-  EXPECT_EQ(cells(3), diagonal_up);
-  EXPECT_EQ(cells(-1), diagonal_up);
+  for (int pattern : {1, 3, -1})
+    EXPECT_EQ(cells(pattern),
+              (cols_t{{0, 1, 4}, {0, 4, 3}, {3, 4, 7}, {3, 7, 6}, {1, 2, 5}, {1, 5, 4}, {4, 5, 8}, {4, 8, 7}}));
 }
 
 TEST(SweepNumbering, AppendsBehindExistingColumnsThroughStridedViews) {
