@@ -35,7 +35,7 @@ TEST(TriangleArea, ThinTriangleKeepsAllDigitsThroughTheShortEdge) {
   EXPECT_DOUBLE_EQ(triangle_double_area_3d(p1, p2, p0), exact);
 }
 
-TEST(QuadrangleArea, WarpedQuadrangleCountsTheLargerTriangulation) {
+TEST(QuadrangleArea, WarpedQuadrangleCountsTheLargerTriangulationAndTinyAnglesKeepTheirDigits) {
   // Across AC the halves have twice-areas 1 and sqrt(3); across BD sqrt(2)
   // each.
   const auto xyz = coords({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}});
@@ -46,12 +46,9 @@ TEST(QuadrangleArea, WarpedQuadrangleCountsTheLargerTriangulation) {
 
   const auto planar = coords({{0, 0, 5}, {3, 0, 5}, {4, 2, 5}, {1, 2, 5}});
   EXPECT_DOUBLE_EQ(quadrangle_double_area(planar, q), 12.0);
-  const auto n = quadrangle_normal(planar, q);
-  EXPECT_DOUBLE_EQ(n[2], 12.0);
-}
+  EXPECT_DOUBLE_EQ(quadrangle_normal(planar, q)[2], 12.0);
 
-TEST(CornerAngles, TinyAngleKeepsItsDigits) {
-  // acos of the cosine would round this angle to 0.
+  // acos of the cosine would round this tiny corner angle to 0.
   const double o[3] = {0, 0, 0}, u[3] = {1, 0, 0}, w[3] = {1, 1e-10, 0};
   EXPECT_NEAR(corner_angle(o, u, w), 1e-10, 1e-24);
 }
@@ -77,33 +74,25 @@ TEST(Circumcenter, EquidistantFromTheCornersInThePlaneAndInSpace) {
 }
 
 TEST(Circumcenter, RightAndFlatTrianglesFallBackWhereExpected) {
-  // Right angle at (0, 0): the centre is the hypotenuse's midpoint exactly.
-  const double a[3] = {0, 0, 0}, b[3] = {4, 0, 0}, c[3] = {0, 2, 0};
   double m[3];
+  auto centre = [&](unsigned dim) { return std::vector<double>(m, m + dim); };
+  // Right angle at (0, 0): the centre is the hypotenuse's midpoint exactly.
+  const double a[3] = {0, 0, 0}, b[3] = {4, 0, 0}, c[3] = {0, 2, 0}, mid[3] = {2, 1, 0};
   EXPECT_DOUBLE_EQ(circumcenter_2d(a, b, c, m), 5.0);
-  EXPECT_EQ(m[0], 2.0);
-  EXPECT_EQ(m[1], 1.0);
+  EXPECT_EQ(centre(2), (std::vector<double>{2, 1}));
   EXPECT_DOUBLE_EQ(circumcenter_3d(a, b, c, m), 5.0);
-  EXPECT_DOUBLE_EQ(m[0], 2.0);
-  EXPECT_DOUBLE_EQ(m[1], 1.0);
-  EXPECT_DOUBLE_EQ(m[2], 0.0);
-
+  EXPECT_NEAR(distance2(m, mid, 3), 0.0, 1e-28);
   // Collinear: the plane gives the middle of the longest edge, space the
   // third corner.
   const double p0[3] = {1, 1, 1}, p1[3] = {7, 4, 1}, p2[3] = {3, 2, 1};
   EXPECT_EQ(circumcenter_2d(p0, p1, p2, m), max_double);
-  EXPECT_EQ(m[0], 4.0);
-  EXPECT_EQ(m[1], 2.5);
+  EXPECT_EQ(centre(2), (std::vector<double>{4, 2.5}));
   EXPECT_EQ(circumcenter_3d(p0, p1, p2, m), max_double);
-  EXPECT_EQ(m[0], 3.0);
-  EXPECT_EQ(m[1], 2.0);
-  EXPECT_EQ(m[2], 1.0);
-  // Two equal corners: the flat triangle's third corner lies on the circle
-  // over the longest edge, so the radius is that edge's half.
+  EXPECT_EQ(centre(3), (std::vector<double>{3, 2, 1}));
+  // Two equal corners: the third lies on the circle over the longest edge,
+  // so the radius is that edge's half; all equal: edge 0 and its midpoint.
   EXPECT_DOUBLE_EQ(circumcenter_2d(p0, p1, p1, m), 45.0 / 4);
-  EXPECT_EQ(m[0], 4.0);
-  EXPECT_EQ(m[1], 2.5);
-  // All corners equal: no edge to prefer, so edge 0 and its midpoint.
+  EXPECT_EQ(centre(2), (std::vector<double>{4, 2.5}));
   EXPECT_EQ(circumcenter_2d(p2, p2, p2, m), 0.0);
-  EXPECT_EQ(m[0], 3.0);
+  EXPECT_EQ(centre(2), (std::vector<double>{3, 2}));
 }
