@@ -19,12 +19,13 @@ using edge_map = hash_table<edge_record>;
 
 constexpr std::uint64_t id_limit = 0xFFFFFFFFu; // null_id is never a node
 
-// Elements looked ahead when prefetching: the bucket heads of the edges of
-// element j + 2 * elements_ahead are requested first, and when the loop is
-// elements_ahead nearer, the chain record behind each head, so that the walk
-// of a chain at element j finds both in the cache.
-constexpr unsigned elements_ahead = 4;
-constexpr unsigned records_ahead = 16;
+// Edges looked ahead when numbering: the bucket head of an edge is
+// requested `heads_ahead` edges before its insertion, and the first chain
+// record behind that head `chains_ahead` edges before it, by when the head
+// has arrived. Misses of heads spread over a table far larger than the cache
+// then overlap instead of stalling the walk one after the other.
+constexpr unsigned heads_ahead = 32;
+constexpr unsigned chains_ahead = 12;
 
 // The side m of a perfect square m * m, or null_id.
 unsigned square_side(unsigned n) noexcept {
@@ -64,17 +65,53 @@ unsigned edge_node(const unsigned* c, bool triangle, unsigned e, unsigned end) n
   return c[triangle ? triangle_edge[e][end] : quadrangle_edge[e][end]];
 }
 
-template <bool chain>
-void prefetch_edges(const edge_map& map, const dense2D<unsigned>& conn, const unsigned* c) noexcept {
-  const bool triangle = is_triangle(conn, c);
-  for (unsigned e = 0, ne = triangle ? 3 : 4; e < ne; ++e) {
-    const unsigned h = key_hash(edge2(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1)));
-    if (chain)
-      map.prefetch_chain(h);
-    else
-      map.prefetch(h);
+struct upcoming {
+  edge2 key;
+  unsigned hash;
+};
+
+// The edges of the elements in numbering order, column by column and edge
+// by edge, hashed a fixed distance ahead of their insertion so that their
+// buckets can be prefetched. The ring holds the edges between the two.
+class edge_lookahead {
+public:
+  edge_lookahead(const dense2D<unsigned>& conn, const edge_map& map) noexcept : conn_(conn), map_(map) {
+    for (unsigned k = 0; k < heads_ahead; ++k)
+      produce();
   }
-}
+
+  // The next edge to insert and its hash, which stay valid until the next
+  // call. Behind it, one more edge is hashed and its bucket head requested,
+  // and the chain of a nearer one is started.
+  const upcoming& next() noexcept {
+    produce();
+    if (consumed_ + chains_ahead < produced_) map_.prefetch_chain(ring_[(consumed_ + chains_ahead) & mask].hash);
+    return ring_[consumed_++ & mask];
+  }
+
+private:
+  static constexpr unsigned size = 64, mask = size - 1;
+  static_assert(heads_ahead < size && chains_ahead < heads_ahead, "the ring holds the edges looked ahead");
+
+  void produce() noexcept {
+    if (column_ == conn_.cols) return;
+    const unsigned* c = conn_.column(column_);
+    const bool triangle = is_triangle(conn_, c);
+    const edge2 key(edge_node(c, triangle, edge_, 0), edge_node(c, triangle, edge_, 1));
+    const unsigned hash = key_hash(key);
+    ring_[produced_++ & mask] = {key, hash};
+    map_.prefetch(hash);
+    if (++edge_ == (triangle ? 3u : 4u)) {
+      edge_ = 0;
+      ++column_;
+    }
+  }
+
+  const dense2D<unsigned>& conn_;
+  const edge_map& map_;
+  upcoming ring_[size];
+  unsigned produced_ = 0, consumed_ = 0, column_ = 0, edge_ = 0;
+};
 
 // Copies the corners and numbers the edge nodes in one pass over the
 // elements: an edge met for the first time takes the next `ne` IDs, and
@@ -82,25 +119,22 @@ void prefetch_edges(const edge_map& map, const dense2D<unsigned>& conn, const un
 // runs against the stored key. False when a key could not be stored.
 bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, dense2D<unsigned>& out,
                   std::uint64_t& next_id) noexcept {
-  const unsigned n = conn.cols;
-  for (unsigned j = 0; j < n; ++j) {
-    if (j + 2 * elements_ahead < n) prefetch_edges<false>(map, conn, conn.column(j + 2 * elements_ahead));
-    if (j + elements_ahead < n) prefetch_edges<true>(map, conn, conn.column(j + elements_ahead));
+  edge_lookahead ahead(conn, map);
+  for (unsigned j = 0; j < conn.cols; ++j) {
     const unsigned* c = conn.column(j);
     unsigned* o = out.column(j);
-    const bool triangle = is_triangle(conn, c);
-    const unsigned n_corners = triangle ? 3 : 4;
+    const unsigned n_corners = is_triangle(conn, c) ? 3 : 4;
     std::copy_n(c, n_corners, o);
     unsigned* run = o + n_corners;
     for (unsigned e = 0; e < n_corners; ++e, run += ne) {
-      const edge2 key(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1));
-      const auto got = map.insert_checked({{key, static_cast<unsigned>(next_id)}, 0, 0});
+      const upcoming& edge = ahead.next();
+      const auto got = map.insert_checked(edge.hash, {{edge.key, static_cast<unsigned>(next_id)}, 0, 0});
       if (got.position == map.null) return false;
       const edge_record& r = map[got.position];
-      if (r.stamp != map.stamp || !same_key(r.first.first, key)) return false;
+      if (r.stamp != map.stamp || !same_key(r.first.first, edge.key)) return false;
       const unsigned v = r.first.second;
       if (got.inserted && (next_id += ne) > id_limit) return false;
-      if (ne > 1 && reversed(key, r.first.first))
+      if (ne > 1 && reversed(edge.key, r.first.first))
         for (unsigned k = 0; k < ne; ++k)
           run[k] = v + (ne - 1 - k);
       else
@@ -118,34 +152,39 @@ void copy_corners(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcep
   }
 }
 
-// Places the new nodes of every edge in one walk over the map, so a shared
-// edge is computed once. Node k of an edge stored as (A, B) sits at local
-// s = (k + 1) * 2 / (ne + 1) - 1 on the straight segment from A (s = -1) to
-// B (s = 1). Edges given by the caller keep the positions they have.
-void place_edge_nodes(dense2D<double>& coords, const edge_map& map, unsigned ne, unsigned n_nodes) noexcept {
+// Places the new nodes of every edge once, where the element walk first met
+// it. That element lists the edge's ends in the stored order, and its run
+// starts with the lowest ID not yet placed, since IDs were handed out in
+// that same walk; so positions are written in the order of their IDs, one
+// after the other, and the corners read lie near each other in a mesh
+// whose elements come in spatial order. Node k of an edge stored as (A, B)
+// sits at local s = (k + 1) * 2 / (ne + 1) - 1 on the straight segment from
+// A (s = -1) to B (s = 1). Edges given by the caller have IDs below
+// `n_nodes` and keep the positions they have.
+void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<unsigned>& out, unsigned ne,
+                      unsigned n_nodes, unsigned end_id) noexcept {
   const unsigned dim = coords.rows;
   const std::size_t ld = coords.ld;
   double* x = coords.buffer->data + coords.offset;
-  const edge_record* d = map.records->data;
-  const unsigned stamp = map.stamp, stop = map.end();
   const double spacing = 2.0 / (ne + 1.0);
-  for (unsigned at = map.base; at < stop; ++at) {
-    if (at + records_ahead < stop) {
-      const edge_record& f = d[at + records_ahead];
-      if (f.stamp == stamp && f.first.second >= n_nodes) {
-        __builtin_prefetch(x + f.first.first.a * ld);
-        __builtin_prefetch(x + f.first.first.b * ld);
-        __builtin_prefetch(x + f.first.second * ld, 1);
+  unsigned placed = n_nodes;
+  for (unsigned j = 0; j < conn.cols && placed < end_id; ++j) {
+    const unsigned* o = out.column(j);
+    const bool triangle = is_triangle(conn, conn.column(j));
+    const unsigned* run = o + (triangle ? 3 : 4);
+    for (unsigned e = 0, n_edges = triangle ? 3 : 4; e < n_edges; ++e, run += ne) {
+      // An edge from a node to itself is reversed against itself, so its
+      // run may end rather than start with the new ID; its nodes all sit
+      // on that one node either way.
+      if (run[0] != placed && run[ne - 1] != placed) continue;
+      const double *a = x + edge_node(o, triangle, e, 0) * ld, *b = x + edge_node(o, triangle, e, 1) * ld;
+      double* p = x + placed * ld;
+      for (unsigned k = 0; k < ne; ++k, p += ld) {
+        const double s = (k + 1) * spacing - 1.0, wa = (1.0 - s) / 2.0, wb = (1.0 + s) / 2.0;
+        for (unsigned i = 0; i < dim; ++i)
+          p[i] = wa * a[i] + wb * b[i];
       }
-    }
-    const edge_record& r = d[at];
-    if (r.stamp != stamp || r.first.second < n_nodes) continue;
-    const double *a = x + r.first.first.a * ld, *b = x + r.first.first.b * ld;
-    double* p = x + r.first.second * ld;
-    for (unsigned k = 0; k < ne; ++k, p += ld) {
-      const double s = (k + 1) * spacing - 1.0, wa = (1.0 - s) / 2.0, wb = (1.0 + s) / 2.0;
-      for (unsigned i = 0; i < dim; ++i)
-        p[i] = wa * a[i] + wb * b[i];
+      placed += ne;
     }
   }
 }
@@ -302,7 +341,7 @@ int raise_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned
     return -199;
   }
 
-  if (ne != 0) place_edge_nodes(coords, map, ne, n_nodes);
+  if (ne != 0) place_edge_nodes(coords, conn, out_conn, ne, n_nodes, static_cast<unsigned>(next_id));
   if (std::uint64_t(Q) * m + std::uint64_t(T) * nt != 0)
     place_interior_nodes(coords, conn, out_conn, ne, m, nt, n_nodes, static_cast<unsigned>(next_id));
   return 0;

@@ -122,10 +122,16 @@ public:
   /// the table is first rebuilt with about one bucket per key; if that
   /// fails, the result is (`null`, false).
   insertion insert_checked(const Record& record) noexcept {
+    return insert_checked(key_hash(key_of(record.first)), record);
+  }
+
+  /// As above, with the key's hash already computed by a caller that hashed
+  /// its keys ahead to prefetch their buckets.
+  insertion insert_checked(unsigned hash, const Record& record) noexcept {
     if (std::uint64_t(n_live) + 1 > 2 * std::uint64_t(n_buckets) && !rehash(prime_at_least(n_live + 1)))
       return {null, false};
     const unsigned before = n_live;
-    const unsigned at = insert(key_hash(key_of(record.first)), record);
+    const unsigned at = insert(hash, record);
     return {at, n_live != before};
   }
 
@@ -196,10 +202,12 @@ public:
 
   /// Second stage of a prefetch: once the head of the bucket of `hash` is in
   /// the cache, starts loading the next record of its chain, which overflow
-  /// places far from the head.
+  /// places far from the head. A chain that ends at its head prefetches the
+  /// head again, which costs nothing, rather than branching on a value that
+  /// may still be on its way from memory.
   void prefetch_chain(unsigned hash) const noexcept {
     const Record* head = records->data + base + bucket_of(hash);
-    if (head->next != 0) __builtin_prefetch(head + head->next, 1);
+    __builtin_prefetch(head + head->next, 1);
   }
 
   Ptr<storage> records;

@@ -59,6 +59,21 @@ TEST(RaiseOrder, EdgeRunsAreReversedInTheSecondElement) {
   expect_node(x, 15, 2 / 3.0, 2 / 3.0);
 }
 
+TEST(RaiseOrder, AnEdgeFromANodeToItselfPutsItsNodesOnThatNode) {
+  // Element 1 repeats node 3: its edge 0 runs from 3 to itself, which reads
+  // as reversed against its own key, so its run is written backwards even
+  // where it is first met. Its nodes must still be placed, all on node 3.
+  auto x = coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}});
+  dense2D<unsigned> out;
+  ASSERT_EQ(convert_into_high_order(x, conn({{0, 1, 2}, {1, 3, 3}}), 2, 0, 0, out, dense2D<unsigned>()), 0);
+  EXPECT_EQ(as_columns(out), (cols_t{{0, 1, 2, 4, 5, 6, 7, 8, 9}, {1, 3, 3, 11, 10, 12, 13, 13, 12}}));
+  ASSERT_EQ(x.cols, 14u);
+  expect_node(x, 10, 1, 1);
+  expect_node(x, 11, 1, 1);
+  expect_node(x, 12, 1, 2.0 / 3); // edge (3, 1), a third of the way from 3
+  expect_node(x, 13, 1, 1.0 / 3);
+}
+
 TEST(RaiseOrder, MixedMeshGetsNineRowsAndTrianglesEndInNullId) {
   // A unit quadrangle 0 1 4 3 and a triangle 1 2 4 on its right.
   const auto x0 = coords({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}});
