@@ -2,6 +2,7 @@
 
 #include "support/allocation_failure.h"
 #include "support/arrays.h"
+#include "support/orientation_meshes.h"
 #include "tesskit2d/degenerate.h"
 
 using namespace tk_test;
@@ -11,15 +12,6 @@ using cols_t = std::vector<std::vector<unsigned>>;
 namespace {
 
 constexpr unsigned N = null_id;
-
-// A copy with a buffer of its own (copies of an array share the buffer),
-// packed or with ld > rows.
-dense2D<unsigned> own(const dense2D<unsigned>& a, bool stride) {
-  if (stride) return strided(a);
-  dense2D<unsigned> b;
-  b.copy(a);
-  return b;
-}
 
 } // namespace
 
@@ -32,23 +24,20 @@ TEST(DegenerateQuadrangles, FirstMatchingAdjacentPairCollapses) {
                           {1, 2, 1, 3},   // diagonal pair only: stays
                           {1, 1, 2, N},   // a triangle: never touched
                           {8, 8, 9, 9}}); // two pairs: one collapse
-  for (bool stride : {false, true}) {
-    auto a = own(mesh, stride);
-    EXPECT_EQ(convert_degenerated_Q4(a), 6);
-    const cols_t expected{{1, 2, 3, N}, {4, 5, 6, N}, {4, 5, 6, N}, {7, 5, 6, N},
-                          {7, 7, 7, N}, {1, 2, 1, 3}, {1, 1, 2, N}, {8, 9, 9, N}};
-    EXPECT_EQ(as_columns(a), expected);
-    EXPECT_EQ(convert_degenerated_Q4(a), 0); // its own output is stable
-    EXPECT_EQ(as_columns(a), expected);
-
-    auto b = own(mesh, stride);
-    dense1D<unsigned> converted(3, 99u);
-    EXPECT_EQ(convert_degenerated_Q(b, converted), 6);
-    EXPECT_EQ(as_vector(converted), (std::vector<unsigned>{0, 1, 2, 3, 4, 7}));
-    EXPECT_EQ(as_columns(b), expected);
-    EXPECT_EQ(convert_degenerated_Q(b, converted), 0);
-    EXPECT_EQ(converted.size, 0u);
-  }
+  const cols_t expected{{1, 2, 3, N}, {4, 5, 6, N}, {4, 5, 6, N}, {7, 5, 6, N},
+                        {7, 7, 7, N}, {1, 2, 1, 3}, {1, 1, 2, N}, {8, 9, 9, N}};
+  for (bool stride : {false, true})
+    for (bool listed : {false, true}) { // convert_degenerated_Q lists what it converted
+      auto a = stride ? strided(mesh) : deep(mesh);
+      dense1D<unsigned> converted(3, 99u);
+      EXPECT_EQ(listed ? convert_degenerated_Q(a, converted) : convert_degenerated_Q4(a), 6);
+      EXPECT_EQ(as_columns(a), expected);
+      EXPECT_EQ(as_vector(converted),
+                listed ? (std::vector<unsigned>{0, 1, 2, 3, 4, 7}) : std::vector<unsigned>(3, 99u));
+      EXPECT_EQ(listed ? convert_degenerated_Q(a, converted) : convert_degenerated_Q4(a), 0); // stable
+      EXPECT_EQ(as_columns(a), expected);
+      EXPECT_EQ(converted.size, listed ? 0u : 3u);
+    }
 }
 
 TEST(DegenerateQuadrangles, QuadraticColumnsBecomeT6WithSurvivingMidNodes) {
