@@ -11,8 +11,6 @@ TEST(LayerSpacing, CountIsLengthOverTheLogarithmicMeanAcrossTheSeriesBoundary) {
   EXPECT_EQ(layer_count(10, 1, 2, false), layer_count(10, 2, 1, false));
   EXPECT_EQ(layer_count(10, 2.5, 2.5, false), 4.0); // equal sizes: exactly length / h
   EXPECT_EQ(layer_count(10, 0, 1, false), 0.0);     // a zero size has no mean
-  EXPECT_EQ(layer_count(10, std::nan(""), 1, false), 0.0);
-  EXPECT_NEAR(layer_count(10, 1, 2, true), 1 / (10 * std::log(2.0)), 1e-15); // a long path asks for the ratio
   // Below a 10% difference a series replaces the quotient: both must agree
   // at the switch and inside it.
   EXPECT_NEAR(layer_count(1, 1, 1 + std::nextafter(0.1, 0.0), false), layer_count(1, 1, 1.1, false), 1e-8);
@@ -25,7 +23,6 @@ TEST(LayerSpacing, NearestMultipleRoundsAtTheGeometricMean) {
   EXPECT_EQ(nearest_multiple(2.45, 1), 3u);              // 6.0025 > 2 * 3
   EXPECT_EQ(nearest_multiple(2.44, 1), 2u);
   EXPECT_EQ(nearest_multiple(0.01, 2), 2u);
-  EXPECT_EQ(nearest_multiple(0, 2), 0u);
   EXPECT_EQ(nearest_multiple(std::nan(""), 1), 0u);
   for (double x : {5.0, std::nextafter(5.0, 0.0), std::nextafter(5.0, 6.0)})
     EXPECT_EQ(nearest_multiple(x, 1), 5u);

@@ -67,23 +67,21 @@ inline unsigned disagreeing_edges(const dense2D<unsigned>& conn) {
 /// Moebius band on m node pairs.
 inline dense2D<unsigned> strip(unsigned m, bool mixed = false, bool twisted = false) {
   const unsigned w = twisted ? m : m + 1;
-  dense2D<unsigned> c(mixed ? 4 : 3, 0);
-  auto add = [&](std::vector<unsigned> v) {
-    if (mixed && v.size() == 3) v.push_back(null_id);
-    c.resize(c.rows, c.cols + 1);
-    for (unsigned i = 0; i < c.rows; ++i)
-      c(i, c.cols - 1) = v[i];
-  };
+  std::vector<std::vector<unsigned>> cells;
   for (unsigned i = 0; i < m; ++i) {
     unsigned b0 = i, t0 = i + w, b1 = (i + 1) % w, t1 = (i + 1) % w + w;
     if (twisted && i + 1 == m) std::swap(b1, t1);
     if (mixed && i % 2 == 0) {
-      add({b0, b1, t1, t0});
+      cells.push_back({b0, b1, t1, t0});
     } else {
-      add({b0, b1, t1});
-      add({b0, t1, t0});
+      cells.push_back({b0, b1, t1, null_id});
+      cells.push_back({b0, t1, t0, null_id});
     }
   }
+  dense2D<unsigned> c(mixed ? 4 : 3, static_cast<unsigned>(cells.size()));
+  for (unsigned j = 0; j < c.cols; ++j)
+    for (unsigned i = 0; i < c.rows; ++i)
+      c(i, j) = cells[j][i];
   return c;
 }
 
