@@ -19,13 +19,11 @@ using edge_map = hash_table<edge_record>;
 
 constexpr std::uint64_t id_limit = 0xFFFFFFFFu; // null_id is never a node
 
-// Edges looked ahead when numbering: the bucket head of an edge is
-// requested `heads_ahead` edges before its insertion, and the first chain
-// record behind that head `chains_ahead` edges before it, by when the head
-// has arrived. Misses of heads spread over a table far larger than the cache
-// then overlap instead of stalling the walk one after the other.
-constexpr unsigned heads_ahead = 32;
-constexpr unsigned chains_ahead = 12;
+// Elements looked ahead when numbering: the bucket heads of the edges of
+// element j + elements_ahead are requested while element j inserts its
+// own, so that misses of heads spread over a table far larger than the
+// cache overlap instead of stalling the walk one after the other.
+constexpr unsigned elements_ahead = 8;
 
 // The side m of a perfect square m * m, or null_id.
 unsigned square_side(unsigned n) noexcept {
@@ -65,52 +63,49 @@ unsigned edge_node(const unsigned* c, bool triangle, unsigned e, unsigned end) n
   return c[triangle ? triangle_edge[e][end] : quadrangle_edge[e][end]];
 }
 
-struct upcoming {
-  edge2 key;
-  unsigned hash;
+// The edges of one element, as its column lists them, with their hashes.
+struct element_edges {
+  edge2 key[4];
+  unsigned hash[4];
+  unsigned n_edges;
 };
 
-// The edges of the elements in numbering order, column by column and edge
-// by edge, hashed a fixed distance ahead of their insertion so that their
-// buckets can be prefetched. The ring holds the edges between the two.
+// Hashes the edges of the elements a fixed number of columns ahead of their
+// insertion and requests their bucket heads; a ring keeps them until then.
 class edge_lookahead {
 public:
   edge_lookahead(const dense2D<unsigned>& conn, const edge_map& map) noexcept : conn_(conn), map_(map) {
-    for (unsigned k = 0; k < heads_ahead; ++k)
-      produce();
+    for (unsigned j = 0; j < elements_ahead && j < conn.cols; ++j)
+      hash_element(j);
   }
 
-  // The next edge to insert and its hash, which stay valid until the next
-  // call. Behind it, one more edge is hashed and its bucket head requested,
-  // and the chain of a nearer one is started.
-  const upcoming& next() noexcept {
-    produce();
-    if (consumed_ + chains_ahead < produced_) map_.prefetch_chain(ring_[(consumed_ + chains_ahead) & mask].hash);
-    return ring_[consumed_++ & mask];
+  // The edges of element j, which must come in column order; they stay
+  // valid until the next call.
+  const element_edges& edges_of(unsigned j) noexcept {
+    if (j + elements_ahead < conn_.cols) hash_element(j + elements_ahead);
+    return ring_[j % size];
   }
 
 private:
-  static constexpr unsigned size = 64, mask = size - 1;
-  static_assert(heads_ahead < size && chains_ahead < heads_ahead, "the ring holds the edges looked ahead");
+  static constexpr unsigned size = 16;
+  static_assert(elements_ahead < size, "the ring holds the elements looked ahead");
 
-  void produce() noexcept {
-    if (column_ == conn_.cols) return;
-    const unsigned* c = conn_.column(column_);
+  void hash_element(unsigned j) noexcept {
+    const unsigned* c = conn_.column(j);
     const bool triangle = is_triangle(conn_, c);
-    const edge2 key(edge_node(c, triangle, edge_, 0), edge_node(c, triangle, edge_, 1));
-    const unsigned hash = key_hash(key);
-    ring_[produced_++ & mask] = {key, hash};
-    map_.prefetch(hash);
-    if (++edge_ == (triangle ? 3u : 4u)) {
-      edge_ = 0;
-      ++column_;
+    element_edges& edges = ring_[j % size];
+    edges.n_edges = triangle ? 3 : 4;
+    for (unsigned e = 0; e < edges.n_edges; ++e) {
+      edges.key[e] = edge2(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1));
+      edges.hash[e] = key_hash(edges.key[e]);
     }
+    for (unsigned e = 0; e < edges.n_edges; ++e)
+      map_.prefetch(edges.hash[e]);
   }
 
   const dense2D<unsigned>& conn_;
   const edge_map& map_;
-  upcoming ring_[size];
-  unsigned produced_ = 0, consumed_ = 0, column_ = 0, edge_ = 0;
+  element_edges ring_[size];
 };
 
 // Copies the corners and numbers the edge nodes in one pass over the
@@ -120,21 +115,21 @@ private:
 bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, dense2D<unsigned>& out,
                   std::uint64_t& next_id) noexcept {
   edge_lookahead ahead(conn, map);
+  std::uint64_t id = next_id;
   for (unsigned j = 0; j < conn.cols; ++j) {
-    const unsigned* c = conn.column(j);
-    unsigned* o = out.column(j);
-    const unsigned n_corners = is_triangle(conn, c) ? 3 : 4;
-    std::copy_n(c, n_corners, o);
-    unsigned* run = o + n_corners;
-    for (unsigned e = 0; e < n_corners; ++e, run += ne) {
-      const upcoming& edge = ahead.next();
-      const auto got = map.insert_checked(edge.hash, {{edge.key, static_cast<unsigned>(next_id)}, 0, 0});
-      if (got.position == map.null) return false;
-      const edge_record& r = map[got.position];
-      if (r.stamp != map.stamp || !same_key(r.first.first, edge.key)) return false;
-      const unsigned v = r.first.second;
-      if (got.inserted && (next_id += ne) > id_limit) return false;
-      if (ne > 1 && reversed(edge.key, r.first.first))
+    const element_edges& edges = ahead.edges_of(j);
+    const unsigned n_edges = edges.n_edges;
+    unsigned* __restrict o = out.column(j);
+    std::copy_n(conn.column(j), n_edges, o);
+    unsigned* run = o + n_edges;
+    for (unsigned e = 0; e < n_edges; ++e, run += ne) {
+      const edge2 key = edges.key[e];
+      bool created;
+      const edge_record* r = map.find_or_insert(edges.hash[e], {{key, static_cast<unsigned>(id)}, 0, 0}, created);
+      if (!r) return false;
+      const unsigned v = r->first.second;
+      if (created && (id += ne) > id_limit) return false;
+      if (ne > 1 && reversed(key, r->first.first))
         for (unsigned k = 0; k < ne; ++k)
           run[k] = v + (ne - 1 - k);
       else
@@ -142,6 +137,7 @@ bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, den
           run[k] = v + k;
     }
   }
+  next_id = id;
   return true;
 }
 

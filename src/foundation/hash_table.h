@@ -87,35 +87,10 @@ public:
   /// cannot grow, the chain's last record is returned and `n_live` is
   /// unchanged, which is how a caller can tell.
   unsigned insert(unsigned hash, const Record& record) noexcept {
-    const auto& key = key_of(record.first);
-    unsigned at = base + bucket_of(hash), free = null;
-    Record* d = records->data;
-    for (;;) {
-      const Record& r = d[at];
-      if (r.stamp == stamp) {
-        if (same_key(key_of(r.first), key)) return at;
-      } else if (free == null) {
-        free = at;
-      }
-      if (r.next == 0) break;
-      at += r.next;
-    }
-    if (free != null) {
-      d[free].first = record.first;
-      d[free].stamp = stamp;
-      ++n_live;
-      return free;
-    }
-    const unsigned slot = base + used;
-    if (slot >= records->capacity && !records->__grow(slot + 1, slot, 2)) return at;
-    d = records->data;
-    d[slot].first = record.first;
-    d[slot].stamp = stamp;
-    d[slot].next = 0;
-    ++used;
-    d[at].next = slot - at;
-    ++n_live;
-    return slot;
+    bool created;
+    unsigned last = null;
+    const unsigned at = place(hash, record, created, last);
+    return at == null ? last : at;
   }
 
   /// Inserts `record` by its key's hash. Past a load of 2 keys per bucket
@@ -128,11 +103,22 @@ public:
   /// As above, with the key's hash already computed by a caller that hashed
   /// its keys ahead to prefetch their buckets.
   insertion insert_checked(unsigned hash, const Record& record) noexcept {
-    if (std::uint64_t(n_live) + 1 > 2 * std::uint64_t(n_buckets) && !rehash(prime_at_least(n_live + 1)))
-      return {null, false};
-    const unsigned before = n_live;
-    const unsigned at = insert(hash, record);
-    return {at, n_live != before};
+    if (!make_room()) return {null, false};
+    bool created;
+    unsigned last = null;
+    const unsigned at = place(hash, record, created, last);
+    return {at == null ? last : at, created};
+  }
+
+  /// `insert_checked` for the hottest loops: the live record of the key,
+  /// found or stored now (then `created` is true), or null when the table
+  /// could not be enlarged. The reference is good until the next insertion.
+  Record* find_or_insert(unsigned hash, const Record& record, bool& created) noexcept {
+    created = false;
+    if (!make_room()) return nullptr;
+    unsigned last;
+    const unsigned at = place(hash, record, created, last);
+    return at == null ? nullptr : records->data + at;
   }
 
   /// The position of the live record with key `key` (either orientation for
@@ -200,16 +186,6 @@ public:
   /// loops that know their next keys ahead.
   void prefetch(unsigned hash) const noexcept { __builtin_prefetch(records->data + base + bucket_of(hash), 1); }
 
-  /// Second stage of a prefetch: once the head of the bucket of `hash` is in
-  /// the cache, starts loading the next record of its chain, which overflow
-  /// places far from the head. A chain that ends at its head prefetches the
-  /// head again, which costs nothing, rather than branching on a value that
-  /// may still be on its way from memory.
-  void prefetch_chain(unsigned hash) const noexcept {
-    const Record* head = records->data + base + bucket_of(hash);
-    __builtin_prefetch(head + head->next, 1);
-  }
-
   Ptr<storage> records;
   unsigned used = 0;
   unsigned base = 0;
@@ -218,6 +194,52 @@ public:
   unsigned n_live = 0;
 
 private:
+  // The load check of the checked insertions: past 2 keys per bucket, a
+  // rebuild with about one bucket per key. False when it failed.
+  bool make_room() noexcept {
+    return std::uint64_t(n_live) + 1 <= 2 * std::uint64_t(n_buckets) || rehash(prime_at_least(n_live + 1));
+  }
+
+  // The chain walk behind every insertion: the position of the key's live
+  // record, found or stored now (`created`), or `null` when the storage
+  // cannot grow, with `last` on the chain's last record.
+  unsigned place(unsigned hash, const Record& record, bool& created, unsigned& last) noexcept {
+    const auto key = key_of(record.first);
+    const unsigned live = stamp;
+    unsigned at = base + bucket_of(hash), free = null;
+    Record* d = records->data;
+    created = false;
+    for (;;) {
+      const Record& r = d[at];
+      if (r.stamp == live) {
+        if (same_key(key_of(r.first), key)) return at;
+      } else if (free == null) {
+        free = at;
+      }
+      if (r.next == 0) break;
+      at += r.next;
+    }
+    last = at;
+    if (free != null) {
+      d[free].first = record.first;
+      d[free].stamp = live;
+      ++n_live;
+      created = true;
+      return free;
+    }
+    const unsigned slot = base + used;
+    if (slot >= records->capacity && !records->__grow(slot + 1, slot, 2)) return null;
+    d = records->data;
+    d[slot].first = record.first;
+    d[slot].stamp = live;
+    d[slot].next = 0;
+    d[at].next = slot - at;
+    ++used;
+    ++n_live;
+    created = true;
+    return slot;
+  }
+
   // ceil(2^64 / n_buckets), for the exact remainder of a 32-bit value by a
   // multiplication (Lemire, Kaser and Kurz, 2019).
   void set_divisor() noexcept { divisor = n_buckets ? ~std::uint64_t(0) / n_buckets + 1 : 0; }
