@@ -114,6 +114,7 @@ private:
 // runs against the stored key. False when a key could not be stored.
 bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, dense2D<unsigned>& out,
                   std::uint64_t& next_id) noexcept {
+  const unsigned rows = out.rows;
   edge_lookahead ahead(conn, map);
   std::uint64_t id = next_id;
   for (unsigned j = 0; j < conn.cols; ++j) {
@@ -136,6 +137,7 @@ bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, den
         for (unsigned k = 0; k < ne; ++k)
           run[k] = v + k;
     }
+    std::fill(run, o + rows, null_id);
   }
   next_id = id;
   return true;
@@ -157,9 +159,9 @@ void copy_corners(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcep
 // sits at local s = (k + 1) * 2 / (ne + 1) - 1 on the straight segment from
 // A (s = -1) to B (s = 1). Edges given by the caller have IDs below
 // `n_nodes` and keep the positions they have.
+template <unsigned dim>
 void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<unsigned>& out, unsigned ne,
                       unsigned n_nodes, unsigned end_id) noexcept {
-  const unsigned dim = coords.rows;
   const std::size_t ld = coords.ld;
   double* x = coords.buffer->data + coords.offset;
   const double spacing = 2.0 / (ne + 1.0);
@@ -183,6 +185,14 @@ void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, co
       placed += ne;
     }
   }
+}
+
+void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<unsigned>& out, unsigned ne,
+                      unsigned n_nodes, unsigned end_id) noexcept {
+  if (coords.rows == 2)
+    place_edge_nodes<2>(coords, conn, out, ne, n_nodes, end_id);
+  else
+    place_edge_nodes<3>(coords, conn, out, ne, n_nodes, end_id);
 }
 
 // Where a known edge may be curved, interior nodes follow the quadratic
@@ -326,16 +336,32 @@ int raise_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned
       }
   }
 
-  if (!out_conn.resize(static_cast<unsigned>(rows), n, null_id)) {
+  // The numbering writes every row of every column, so the output needs no
+  // fill of its own beforehand; without edge nodes only the corners are
+  // copied, and the rest must read null_id.
+  const bool sized = ne != 0 ? out_conn.resize(static_cast<unsigned>(rows), n)
+                             : out_conn.resize(static_cast<unsigned>(rows), n, null_id);
+  if (!sized) {
     clear_output(out_conn);
     return -199;
   }
   const bool numbered = ne != 0 ? number_edges(conn, ne, map, out_conn, next_id) : (copy_corners(conn, out_conn), true);
-  const std::uint64_t total = next_id + std::uint64_t(Q) * nq + std::uint64_t(T) * nt;
-  if (!numbered || total > id_limit || !coords.resize(coords.rows, static_cast<unsigned>(total), 0.0)) {
+  const std::uint64_t interior = std::uint64_t(Q) * nq + std::uint64_t(T) * nt;
+  const std::uint64_t total = next_id + interior;
+  // Every new column is written below, edge nodes once each and interior
+  // nodes element by element, except the tail that three-node triangles
+  // leave behind, which reads 0.0 as the resize with a fill would leave it.
+  // Sparing that fill spares a pass over the largest part of `coords`.
+  const bool fill = ne == 0;
+  if (!numbered || total > id_limit ||
+      !(fill ? coords.resize(coords.rows, static_cast<unsigned>(total), 0.0)
+             : coords.resize(coords.rows, static_cast<unsigned>(total)))) {
     clear_output(out_conn);
     return -199;
   }
+  if (!fill && nt == 3 && T != 0)
+    for (unsigned j = static_cast<unsigned>(total - T); j < total; ++j)
+      std::fill_n(coords.column(j), coords.rows, 0.0);
 
   if (ne != 0) place_edge_nodes(coords, conn, out_conn, ne, n_nodes, static_cast<unsigned>(next_id));
   if (std::uint64_t(Q) * m + std::uint64_t(T) * nt != 0)
