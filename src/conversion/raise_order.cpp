@@ -111,7 +111,8 @@ private:
 // Copies the corners and numbers the edge nodes in one pass over the
 // elements: an edge met for the first time takes the next `ne` IDs, and
 // every element writes the run of its edges straight away, reversed where it
-// runs against the stored key. False when a key could not be stored.
+// runs against the stored key, and null_id in the rows it leaves, so that
+// the output needs no fill beforehand. False when a key could not be stored.
 bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, dense2D<unsigned>& out,
                   std::uint64_t& next_id) noexcept {
   const unsigned rows = out.rows;

@@ -74,6 +74,32 @@ TEST(RaiseOrder, AnEdgeFromANodeToItselfPutsItsNodesOnThatNode) {
   expect_node(x, 13, 1, 1.0 / 3);
 }
 
+TEST(RaiseOrder, NumberingSurvivesARebuildOfTheMapMidway) {
+  // Eleven separate unit quadrangles (nodes 4j to 4j + 3) give 44 distinct
+  // edges, and three known edges elsewhere make 47 keys: more than twice
+  // the 23 buckets sized for 11 elements, so the map is rebuilt while the
+  // elements are being numbered.
+  dense2D<double> x(2, 53);
+  dense2D<unsigned> quads(4, 11);
+  for (unsigned j = 0; j < 11; ++j)
+    for (unsigned k = 0; k < 4; ++k) {
+      x(0, 4 * j + k) = 2.0 * j + (k == 1 || k == 2);
+      x(1, 4 * j + k) = k >= 2;
+      quads(k, j) = 4 * j + k;
+    }
+  const auto known = conn({{44, 45, 46}, {47, 48, 49}, {50, 51, 52}});
+  dense2D<unsigned> out;
+  ASSERT_EQ(convert_into_high_order(x, quads, 1, 1, 0, out, known), 0);
+  ASSERT_EQ(x.cols, 53u + 44u + 11u);
+  for (unsigned j = 0; j < 11; ++j) {
+    for (unsigned e = 0; e < 4; ++e)
+      ASSERT_EQ(out(4 + e, j), 53 + 4 * j + e) << "quadrangle " << j;
+    ASSERT_EQ(out(8, j), 97 + j);
+    expect_node(x, 53 + 4 * j, 2.0 * j + 0.5, 0); // edge 0-1
+    expect_node(x, 97 + j, 2.0 * j + 0.5, 0.5);
+  }
+}
+
 TEST(RaiseOrder, MixedMeshGetsNineRowsAndTrianglesEndInNullId) {
   // A unit quadrangle 0 1 4 3 and a triangle 1 2 4 on its right.
   const auto x0 = coords({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}});
