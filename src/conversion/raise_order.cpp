@@ -199,8 +199,9 @@ void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 // Where a known edge may be curved, interior nodes follow the quadratic
 // element's shape functions through the mid nodes; otherwise the corners'
 // linear (triangle) or bilinear (quadrangle) interpolation.
-void quadrangle_point(const double* x, std::size_t ld, unsigned dim, const unsigned* o, bool serendipity, double u,
-                      double v, double* p) noexcept {
+template <unsigned dim>
+void quadrangle_point(const double* x, std::size_t ld, const unsigned* o, bool serendipity, double u, double v,
+                      double* p) noexcept {
   static constexpr double cu[4] = {-1, 1, 1, -1}, cv[4] = {-1, -1, 1, 1};
   double w[8];
   unsigned n_weights = 4;
@@ -224,8 +225,9 @@ void quadrangle_point(const double* x, std::size_t ld, unsigned dim, const unsig
   }
 }
 
-void triangle_point(const double* x, std::size_t ld, unsigned dim, const unsigned* o, bool quadratic, double a,
-                    double b, double* p) noexcept {
+template <unsigned dim>
+void triangle_point(const double* x, std::size_t ld, const unsigned* o, bool quadratic, double a, double b,
+                    double* p) noexcept {
   const double c = 1.0 - a - b;
   double w[6] = {a, b, c, 0, 0, 0};
   unsigned n_weights = 3;
@@ -257,9 +259,9 @@ bool any_below(const unsigned* first, unsigned count, unsigned limit) noexcept {
 // at (1/4, 1/4), (1/2, 1/4) and (1/4, 1/2) but keeps only the first two in
 // its column and the numbering, so the third is overwritten by the next
 // triangle's first.
+template <unsigned dim>
 void place_interior_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out, unsigned ne,
                           unsigned m, unsigned nt, unsigned n_nodes, unsigned next_id) noexcept {
-  const unsigned dim = coords.rows;
   const std::size_t ld = coords.ld;
   double* x = coords.buffer->data + coords.offset;
   const double quad_spacing = 2.0 / (m + 1.0);
@@ -274,7 +276,7 @@ void place_interior_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn
         for (unsigned ii = 0; ii < m; ++ii, ++next_id) {
           const double u = (ii + 1) * quad_spacing - 1.0;
           o[row++] = next_id;
-          quadrangle_point(x, ld, dim, o, serendipity, u, v, x + next_id * ld);
+          quadrangle_point<dim>(x, ld, o, serendipity, u, v, x + next_id * ld);
         }
       }
     } else if (nt != 0) {
@@ -282,18 +284,26 @@ void place_interior_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn
       const unsigned row = 3 * (ne + 1);
       if (nt == 1) {
         o[row] = next_id;
-        triangle_point(x, ld, dim, o, quadratic, 1.0 / 3.0, 1.0 / 3.0, x + next_id * ld);
+        triangle_point<dim>(x, ld, o, quadratic, 1.0 / 3.0, 1.0 / 3.0, x + next_id * ld);
         ++next_id;
       } else {
         static constexpr double at[3][2] = {{0.25, 0.25}, {0.5, 0.25}, {0.25, 0.5}};
         for (unsigned k = 0; k < 3; ++k)
-          triangle_point(x, ld, dim, o, quadratic, at[k][0], at[k][1], x + (next_id + k) * ld);
+          triangle_point<dim>(x, ld, o, quadratic, at[k][0], at[k][1], x + (next_id + k) * ld);
         o[row] = next_id;
         o[row + 1] = next_id + 1;
         next_id += 2;
       }
     }
   }
+}
+
+void place_interior_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out, unsigned ne,
+                          unsigned m, unsigned nt, unsigned n_nodes, unsigned next_id) noexcept {
+  if (coords.rows == 2)
+    place_interior_nodes<2>(coords, conn, out, ne, m, nt, n_nodes, next_id);
+  else
+    place_interior_nodes<3>(coords, conn, out, ne, m, nt, n_nodes, next_id);
 }
 
 } // namespace

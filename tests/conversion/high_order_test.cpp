@@ -100,6 +100,27 @@ TEST(RaiseOrder, NumberingSurvivesARebuildOfTheMapMidway) {
   }
 }
 
+TEST(RaiseOrder, SurfacesInSpaceGetAllThreeCoordinates) {
+  // A bent quadrangle 0 1 2 3 and a triangle 1 4 2 beside it, with z set.
+  const auto x0 = coords({{0, 0, 0}, {1, 0, 1}, {1, 1, 2}, {0, 1, 3}, {2, 0, 4}});
+  auto x = strided(x0);
+  dense2D<unsigned> out;
+  ASSERT_EQ(convert_into_high_order(x, conn({{0, 1, 2, 3}, {1, 4, 2, N}}), 1, 1, 1, out, dense2D<unsigned>()), 0);
+  ASSERT_EQ(x.cols, 5u + 6u + 2u);
+  for (unsigned j = 0; j < 2; ++j) {
+    const bool tri = j == 1;
+    for (unsigned e = 0; e < (tri ? 3u : 4u); ++e) {
+      const unsigned a = out(tri ? (e + 1) % 3 : e, j), b = out(tri ? (e + 2) % 3 : (e + 1) % 4, j);
+      for (unsigned i = 0; i < 3; ++i)
+        EXPECT_DOUBLE_EQ(x(i, out((tri ? 3 : 4) + e, j)), (x0(i, a) + x0(i, b)) / 2) << j << " " << e;
+    }
+  }
+  for (unsigned i = 0; i < 3; ++i) {
+    EXPECT_DOUBLE_EQ(x(i, out(8, 0)), (x0(i, 0) + x0(i, 1) + x0(i, 2) + x0(i, 3)) / 4);
+    EXPECT_NEAR(x(i, out(6, 1)), (x0(i, 1) + x0(i, 4) + x0(i, 2)) / 3, 1e-15);
+  }
+}
+
 TEST(RaiseOrder, MixedMeshGetsNineRowsAndTrianglesEndInNullId) {
   // A unit quadrangle 0 1 4 3 and a triangle 1 2 4 on its right.
   const auto x0 = coords({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}});
