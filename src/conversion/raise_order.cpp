@@ -122,7 +122,13 @@ bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, den
     const element_edges& edges = ahead.edges_of(j);
     const unsigned n_edges = edges.n_edges;
     unsigned* __restrict o = out.column(j);
-    std::copy_n(conn.column(j), n_edges, o);
+    const unsigned* c = conn.column(j);
+    // Corner by corner: a copy of a count known only at run time would be a
+    // library call per element.
+    o[0] = c[0];
+    o[1] = c[1];
+    o[2] = c[2];
+    if (n_edges == 4) o[3] = c[3];
     unsigned* run = o + n_edges;
     for (unsigned e = 0; e < n_edges; ++e, run += ne) {
       const edge2 key = edges.key[e];
@@ -138,7 +144,7 @@ bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, den
         for (unsigned k = 0; k < ne; ++k)
           run[k] = v + k;
     }
-    std::fill(run, o + rows, null_id);
+    if (run != o + rows) std::fill(run, o + rows, null_id);
   }
   next_id = id;
   return true;
