@@ -60,6 +60,19 @@ TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientation) {
   EXPECT_EQ(t[at].first.first.b, 9u);
   EXPECT_EQ(t[at].first.second, 100u); // the first value wins
   EXPECT_EQ(t.find(edge2(4, 10)), t.end());
+
+  // The hot-loop form hands back the same record and says whether it is new.
+  bool created = true;
+  const auto* r = t.find_or_insert(key_hash(edge2(9, 4)), {{edge2(9, 4), 300}, 0, 0}, created);
+  ASSERT_NE(r, nullptr);
+  EXPECT_FALSE(created);
+  EXPECT_EQ(r, &t[at]);
+  r = t.find_or_insert(key_hash(edge2(4, 10)), {{edge2(4, 10), 400}, 0, 0}, created);
+  ASSERT_NE(r, nullptr);
+  EXPECT_TRUE(created);
+  EXPECT_EQ(r->first.first.a, 4u);
+  EXPECT_EQ(r->first.second, 400u);
+  EXPECT_EQ(t.n_live, 2u);
 }
 
 TEST(HashTable, LoadAboveTwoRebuildsAndKeepsEveryMapping) {
@@ -118,6 +131,12 @@ TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
   EXPECT_TRUE(fail_during(0, [&] { got = s.insert(k, {k, 0, 0}); }));
   EXPECT_EQ(s.n_live, live);
   EXPECT_EQ(s[got].first, k - 23);
+  bool created = true;
+  const void* r = &s;
+  EXPECT_TRUE(fail_during(0, [&] { r = s.find_or_insert(k, {k, 0, 0}, created); }));
+  EXPECT_EQ(r, nullptr);
+  EXPECT_FALSE(created);
+  EXPECT_EQ(s.n_live, live);
 }
 
 TEST(VectorFast, KeepsDistinctIdsInFirstSeenOrder) {
