@@ -166,6 +166,20 @@ void copy_corners(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcep
 // sits at local s = (k + 1) * 2 / (ne + 1) - 1 on the straight segment from
 // A (s = -1) to B (s = 1). Edges given by the caller have IDs below
 // `n_nodes` and keep the positions they have.
+// The point sum of w[k] times node o[k], the nodes being columns of stride
+// ld in x: how every interior node is placed from its shape functions.
+template <unsigned dim>
+void weighted_sum(const double* x, std::size_t ld, const unsigned* o, const double* w, unsigned n_weights,
+                  double* p) noexcept {
+  for (unsigned i = 0; i < dim; ++i)
+    p[i] = 0.0;
+  for (unsigned k = 0; k < n_weights; ++k) {
+    const double* q = x + o[k] * ld;
+    for (unsigned i = 0; i < dim; ++i)
+      p[i] += w[k] * q[i];
+  }
+}
+
 template <unsigned dim>
 void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<unsigned>& out, unsigned ne,
                       unsigned n_nodes, unsigned end_id) noexcept {
@@ -222,13 +236,7 @@ void quadrangle_point(const double* x, std::size_t ld, const unsigned* o, bool s
     w[7] = (1 - u) * (1 - v * v) / 2;
     n_weights = 8;
   }
-  for (unsigned i = 0; i < dim; ++i)
-    p[i] = 0.0;
-  for (unsigned k = 0; k < n_weights; ++k) {
-    const double* q = x + o[k] * ld;
-    for (unsigned i = 0; i < dim; ++i)
-      p[i] += w[k] * q[i];
-  }
+  weighted_sum<dim>(x, ld, o, w, n_weights, p);
 }
 
 template <unsigned dim>
@@ -246,13 +254,7 @@ void triangle_point(const double* x, std::size_t ld, const unsigned* o, bool qua
     w[5] = 4 * a * b;
     n_weights = 6;
   }
-  for (unsigned i = 0; i < dim; ++i)
-    p[i] = 0.0;
-  for (unsigned k = 0; k < n_weights; ++k) {
-    const double* q = x + o[k] * ld;
-    for (unsigned i = 0; i < dim; ++i)
-      p[i] += w[k] * q[i];
-  }
+  weighted_sum<dim>(x, ld, o, w, n_weights, p);
 }
 
 bool any_below(const unsigned* first, unsigned count, unsigned limit) noexcept {
