@@ -6,6 +6,7 @@ install(TARGETS tesskit2d treisoma tesskit tesskit1d EXPORT tesskit2dTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY include/tesskit2d DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_BINARY_DIR}/include/tesskit2d/export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tesskit2d)
 install(DIRECTORY platform/treisoma/include/treisoma platform/tesskit/include/tesskit
                   platform/tesskit1d/include/tesskit1d
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

@@ -2,6 +2,7 @@
 // Rewriting quadrangles with two coinciding adjacent corners as triangles,
 // in place, in the mixed layout.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -26,7 +27,7 @@ namespace tesskit2d {
 /// Returns the number of columns converted. Statuses in checking order: 0
 /// for an empty `conn` (rows * cols of 0); -1 when `conn` has other than
 /// 4 rows, nothing changed.
-int convert_degenerated_Q4(dense2D<unsigned>& conn) noexcept;
+TESSKIT2D_EXPORT int convert_degenerated_Q4(dense2D<unsigned>& conn) noexcept;
 
 /// As `convert_degenerated_Q4`, for linear and quadratic meshes, and lists
 /// the columns that it converted.
@@ -52,7 +53,7 @@ int convert_degenerated_Q4(dense2D<unsigned>& conn) noexcept;
 /// `converted` must not share its buffer with `conn`. If `converted` cannot
 /// grow, the column is still converted in `conn` but
 /// is missing from `converted` and from the count; this is not reported.
-int convert_degenerated_Q(dense2D<unsigned>& conn, dense1D<unsigned>& converted) noexcept;
+TESSKIT2D_EXPORT int convert_degenerated_Q(dense2D<unsigned>& conn, dense1D<unsigned>& converted) noexcept;
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -83,6 +83,7 @@
 // edges (they yield degenerate elements). Calls on separate arrays may run
 // in parallel. `conn_out` must not share a buffer with `conn`.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -99,15 +100,16 @@ namespace tesskit2d {
 ///
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -4 `h0`; -5 `h1`; -7 `conn_out`
 /// not empty and not 4 rows; -199 no memory (`coords` keeps 2 rows).
-int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 2>& direction, double h0, double h1, bool even,
-                         dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 2>& direction, double h0, double h1, bool even,
+                                          dense2D<unsigned>& conn_out);
 
 /// Uniform form: `n_layers` evenly spaced layers, as the graded form with
 /// h0 = h1 = |direction| / n_layers and `even` false, whose statuses it
 /// returns; so a zero `direction` gives -4.
-int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 2>& direction, unsigned n_layers, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 2>& direction, unsigned n_layers,
+                                          dense2D<unsigned>& conn_out);
 
 /// Graded translation in space into quadrangles. `coords` may have 2 or 3
 /// rows; 2 rows are first given a third row of 0 (after the checks), so the
@@ -116,40 +118,41 @@ int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
 /// Statuses: -1 `coords` neither 2 nor 3 rows; -2 IDs; -4 `h0`; -5 `h1`;
 /// -7 `conn_out` not empty and not 4 rows; -199 no memory (`coords` comes
 /// back with 3 rows when the third row had been added).
-int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 3>& direction, double h0, double h1, bool even,
-                         dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 3>& direction, double h0, double h1, bool even,
+                                          dense2D<unsigned>& conn_out);
 
 /// Uniform form of the translation in space; statuses of the graded form.
-int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 3>& direction, unsigned n_layers, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 3>& direction, unsigned n_layers,
+                                          dense2D<unsigned>& conn_out);
 
 /// Graded translation in the plane into triangles.
 ///
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -4 `h0`; -5 `h1`; -6 `pattern`
 /// outside 0 .. 2; -8 `conn_out` not empty and not 3 rows; -199.
-int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 2>& direction, double h0, double h1, int pattern, bool even,
-                         dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 2>& direction, double h0, double h1, int pattern,
+                                          bool even, dense2D<unsigned>& conn_out);
 
 /// Uniform form; statuses of the graded form (`pattern` is checked there).
-int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 2>& direction, unsigned n_layers, int pattern,
-                         dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 2>& direction, unsigned n_layers, int pattern,
+                                          dense2D<unsigned>& conn_out);
 
 /// Graded translation in space into triangles; 2-row `coords` get a third
 /// row of 0 as for the quadrangles.
 ///
 /// Statuses: -1 `coords` neither 2 nor 3 rows; -2 IDs; -4 `h0`; -5 `h1`;
 /// -6 `pattern` outside 0 .. 2; -8 `conn_out` not empty and not 3 rows; -199.
-int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 3>& direction, double h0, double h1, int pattern, bool even,
-                         dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 3>& direction, double h0, double h1, int pattern,
+                                          bool even, dense2D<unsigned>& conn_out);
 
 /// Uniform form; statuses of the graded form.
-int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
-                         const vector_fixed<double, 3>& direction, unsigned n_layers, int pattern,
-                         dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                          const vector_fixed<double, 3>& direction, unsigned n_layers, int pattern,
+                                          dense2D<unsigned>& conn_out);
 
 // ---------------------------------------------------------------------------
 // Rotation. In the plane: about `center` by s angle (radians, positive from
@@ -164,8 +167,9 @@ int extrude_translate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
 /// Statuses: 0 when `n_layers` is 0; -1 `coords` neither 2 nor 3 rows;
 /// -2 IDs; -6 `conn_out` not empty and not 4 rows; -199 (`coords` back to
 /// 2 rows).
-int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
-                      double angle, unsigned n_layers, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 2>& center, double angle, unsigned n_layers,
+                                       dense2D<unsigned>& conn_out);
 
 /// Graded rotation in the plane into quadrangles. The path length is |angle|
 /// times the distance from `center` to x0 alone; x0 on `center` gives one
@@ -173,8 +177,9 @@ int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 ///
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -5 `h0`; -6 `h1`; -8 `conn_out`
 /// not empty and not 4 rows; -199.
-int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
-                      double angle, double h0, double h1, bool even, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 2>& center, double angle, double h0, double h1,
+                                       bool even, dense2D<unsigned>& conn_out);
 
 /// Uniform rotation in space into quadrangles. 2-row `coords` get a third row
 /// of 0 after the checks.
@@ -187,8 +192,9 @@ int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 /// Statuses: 0 when `n_layers` is 0; -1 `coords` neither 2 nor 3 rows;
 /// -2 IDs; -3 `conn_out` not empty and not 3 rows; -199 (`coords` back to
 /// the row count it had on entry to the call).
-int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, unsigned n_layers, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       unsigned n_layers, dense2D<unsigned>& conn_out);
 
 /// Graded rotation in space into quadrangles. The path length is
 /// |rotation x (x0 - center)|: the angle times x0's distance from the axis.
@@ -196,9 +202,9 @@ int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 ///
 /// Statuses: -1 `coords` neither 2 nor 3 rows; -2 IDs; -5 `h0`; -6 `h1`;
 /// -8 `conn_out` not empty and not 3 rows; -199 (`coords` in 3 rows).
-int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, double h0, double h1, bool even,
-                      dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       double h0, double h1, bool even, dense2D<unsigned>& conn_out);
 
 /// Uniform rotation in the plane into triangles; `coords` of 2 or 3 rows come
 /// out with 2. `pattern` is not checked.
@@ -206,15 +212,17 @@ int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 /// Statuses: 0 when `n_layers` is 0; -1 `coords` neither 2 nor 3 rows;
 /// -2 IDs; -7 `conn_out` not empty and not 3 rows; -199 (`coords` back to
 /// 2 rows).
-int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
-                      double angle, unsigned n_layers, int pattern, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 2>& center, double angle, unsigned n_layers,
+                                       int pattern, dense2D<unsigned>& conn_out);
 
 /// Graded rotation in the plane into triangles.
 ///
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -5 `h0`; -6 `h1`; -7 `pattern`
 /// outside 0 .. 2; -9 `conn_out` not empty and not 3 rows; -199.
-int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
-                      double angle, double h0, double h1, int pattern, bool even, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 2>& center, double angle, double h0, double h1,
+                                       int pattern, bool even, dense2D<unsigned>& conn_out);
 
 /// Uniform rotation in space into triangles; 2-row `coords` get a third row
 /// of 0. `pattern` is not checked.
@@ -222,9 +230,9 @@ int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 /// Statuses: 0 when `n_layers` is 0; -1 `coords` neither 2 nor 3 rows;
 /// -2 IDs; -7 `conn_out` not empty and not 3 rows; -199 (`coords` back to
 /// the row count it had on entry to the call).
-int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, unsigned n_layers, int pattern,
-                      dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       unsigned n_layers, int pattern, dense2D<unsigned>& conn_out);
 
 /// Graded rotation in space into triangles; 2-row `coords` get a third row
 /// of 0. `pattern` is not checked.
@@ -232,9 +240,9 @@ int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 /// Statuses: -1 `coords` neither 2 nor 3 rows; -1 IDs (the same number);
 /// -5 `h0`; -6 `h1`; -9 `conn_out` not empty and not 3 rows; -199 (`coords`
 /// in 3 rows).
-int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, double h0, double h1, int pattern, bool even,
-                      dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       double h0, double h1, int pattern, bool even, dense2D<unsigned>& conn_out);
 
 // ---------------------------------------------------------------------------
 // Spiral: node x of layer i goes to center + s translation
@@ -247,29 +255,33 @@ int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 /// Statuses: -1 `coords` not 3 rows; -2 IDs; -6 `h0`; -7 `h1`; -9 `conn_out`
 /// not empty and not 4 rows; -199, after which `coords` is cut to the row
 /// count of `conn`, 2: the third coordinates are lost.
-int extrude_spiral_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, const vector_fixed<double, 3>& translation, double h0,
-                      double h1, bool even, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_spiral_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       const vector_fixed<double, 3>& translation, double h0, double h1, bool even,
+                                       dense2D<unsigned>& conn_out);
 
 /// Uniform form, as the graded one with h0 = h1 = |translation| / n_layers;
 /// a zero `translation` thus gives -6.
-int extrude_spiral_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, const vector_fixed<double, 3>& translation,
-                      unsigned n_layers, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_spiral_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       const vector_fixed<double, 3>& translation, unsigned n_layers,
+                                       dense2D<unsigned>& conn_out);
 
 /// Graded spiral into triangles. `pattern` is not checked.
 ///
 /// Statuses: -1 `coords` not 3 rows; -2 IDs; -6 `h0`; -4 `h1`; -10
 /// `conn_out` not empty and not 3 rows; -199, with `coords` cut to 2 rows
 /// as for the quadrangles.
-int extrude_spiral_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, const vector_fixed<double, 3>& translation, double h0,
-                      double h1, int pattern, bool even, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_spiral_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       const vector_fixed<double, 3>& translation, double h0, double h1, int pattern,
+                                       bool even, dense2D<unsigned>& conn_out);
 
 /// Uniform form; statuses of the graded form.
-int extrude_spiral_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
-                      const vector_fixed<double, 3>& rotation, const vector_fixed<double, 3>& translation,
-                      unsigned n_layers, int pattern, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_spiral_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const vector_fixed<double, 3>& center, const vector_fixed<double, 3>& rotation,
+                                       const vector_fixed<double, 3>& translation, unsigned n_layers, int pattern,
+                                       dense2D<unsigned>& conn_out);
 
 // ---------------------------------------------------------------------------
 // Normal sweep in the plane: node x of layer i goes to x + w v, v being the
@@ -283,8 +295,8 @@ int extrude_spiral_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 ///
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -3 `vectors` not 2 rows;
 /// -5 `conn_out` not empty and not 4 rows; -199.
-int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<double>& vectors,
-                      unsigned n_layers, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const dense2D<double>& vectors, unsigned n_layers, dense2D<unsigned>& conn_out);
 
 /// Graded sweep to the distance `thickness` along the unit node normals of
 /// the line mesh (`kelm::tesskit1d::normals` with edges weighted by their
@@ -297,21 +309,22 @@ int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -3 `thickness`; -4 `h0`;
 /// -5 `h1`; -7 `conn_out` not empty and not 4 rows; a negative status of
 /// the normals, returned as it stands with no array changed; -199.
-int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness, double h0, double h1,
-                      bool even, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness,
+                                       double h0, double h1, bool even, dense2D<unsigned>& conn_out);
 
 /// Uniform form, as the graded one with h0 = h1 = thickness / n_layers; a
 /// zero or negative `thickness` gives -3.
-int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness, unsigned n_layers,
-                      dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness,
+                                       unsigned n_layers, dense2D<unsigned>& conn_out);
 
 /// As the `vectors` form of the quadrangles, into triangles. `pattern` is
 /// not checked.
 ///
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -3 `vectors` not 2 rows;
 /// -6 `conn_out` not empty and not 3 rows; -199.
-int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<double>& vectors,
-                      unsigned n_layers, int pattern, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                       const dense2D<double>& vectors, unsigned n_layers, int pattern,
+                                       dense2D<unsigned>& conn_out);
 
 /// Graded sweep along the unit normals into triangles. Note the order of the
 /// last arguments: `even` comes before `pattern` here, unlike the other
@@ -320,12 +333,12 @@ int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 /// Statuses: -1 `coords` not 2 rows; -2 IDs; -3 `thickness`; -4 `h0`;
 /// -5 `h1`; -8 `conn_out` not empty and not 3 rows; a negative status of
 /// the normals; -199.
-int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness, double h0, double h1,
-                      bool even, int pattern, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness,
+                                       double h0, double h1, bool even, int pattern, dense2D<unsigned>& conn_out);
 
 /// Uniform form; statuses of the graded form.
-int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness, unsigned n_layers,
-                      int pattern, dense2D<unsigned>& conn_out);
+TESSKIT2D_EXPORT int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness,
+                                       unsigned n_layers, int pattern, dense2D<unsigned>& conn_out);
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -7,6 +7,7 @@
 // / (perimeter * longest edge), 1 for an equilateral triangle. In 2D the
 // area is signed (negative for a clockwise triangle), in 3D it is not.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -40,8 +41,8 @@ namespace tesskit2d {
 /// empty and is not a 3-row array of node IDs; -199 memory ran out, with
 /// `coords` back to its former columns and `out_conn` unchanged but for
 /// capacity. Any failure of the order-raising step is reported as -199.
-int split_into_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out_conn,
-                  const dense2D<unsigned>& edges);
+TESSKIT2D_EXPORT int split_into_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out_conn,
+                                   const dense2D<unsigned>& edges);
 
 /// Cuts each quadrangle into two triangles along the diagonal that gives
 /// the better worst triangle, appending them to `out_conn`; triangles are
@@ -69,7 +70,8 @@ int split_into_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2
 ///
 /// The overload without `coords` (in linear_reduction.h) always cuts along
 /// rows 0-2.
-int split_Q4_into_T3(const dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<unsigned>& out_conn);
+TESSKIT2D_EXPORT int split_Q4_into_T3(const dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                      dense2D<unsigned>& out_conn);
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -34,6 +34,7 @@
 // edge uses those nodes, and no position is computed for them. Only rows 0
 // to 2 are read.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -84,9 +85,9 @@ namespace tesskit2d {
 ///   // The shared edge's two nodes appear as (p, q) in one column and
 ///   // (q, p) in the other.
 /// \endcode
-int convert_into_high_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned n_edge_nodes,
-                            unsigned n_quad_nodes, unsigned n_tri_nodes, dense2D<unsigned>& out_conn,
-                            const dense2D<unsigned>& edges);
+TESSKIT2D_EXPORT int convert_into_high_order(dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                             unsigned n_edge_nodes, unsigned n_quad_nodes, unsigned n_tri_nodes,
+                                             dense2D<unsigned>& out_conn, const dense2D<unsigned>& edges);
 
 /// As above, in place: `conn` is deep-copied, and the copy is raised into
 /// the caller's `conn`.
@@ -94,17 +95,19 @@ int convert_into_high_order(dense2D<double>& coords, const dense2D<unsigned>& co
 /// Statuses as above, and -199 when the copy cannot be made, with nothing
 /// changed. After any other refusal `conn` is left empty, as the worker's
 /// cleared output: keep a copy if you need it after a failed call.
-int convert_into_high_order(dense2D<double>& coords, dense2D<unsigned>& conn, unsigned n_edge_nodes,
-                            unsigned n_quad_nodes, unsigned n_tri_nodes, const dense2D<unsigned>& edges);
+TESSKIT2D_EXPORT int convert_into_high_order(dense2D<double>& coords, dense2D<unsigned>& conn, unsigned n_edge_nodes,
+                                             unsigned n_quad_nodes, unsigned n_tri_nodes,
+                                             const dense2D<unsigned>& edges);
 
 /// Raises `conn` in place to quadratic order: T3 to T6, Q4 to Q9, a mixed
 /// 4-row mesh to a 9-row mixed mesh. Same as `convert_into_high_order` with
 /// counts (1, 1, 0) and no known edges, statuses included (-1, -2, -199).
-int convert_into_quadratic(dense2D<double>& coords, dense2D<unsigned>& conn);
+TESSKIT2D_EXPORT int convert_into_quadratic(dense2D<double>& coords, dense2D<unsigned>& conn);
 
 /// As above, with known mid nodes: `edges` has 3 rows (the two ends and the
 /// existing mid node) or is empty. A refused `edges` gives -6.
-int convert_into_quadratic(dense2D<double>& coords, dense2D<unsigned>& conn, const dense2D<unsigned>& edges);
+TESSKIT2D_EXPORT int convert_into_quadratic(dense2D<double>& coords, dense2D<unsigned>& conn,
+                                            const dense2D<unsigned>& edges);
 
 } // namespace tesskit2d
 } // namespace kelm

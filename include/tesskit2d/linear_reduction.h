@@ -3,6 +3,7 @@
 // coordinates. None of these reads a node ID as an index: IDs are copied, so
 // no bound is checked.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -20,7 +21,7 @@ namespace tesskit2d {
 ///
 /// Rows are cut in place without moving data, so `conn` keeps its stride and
 /// ends with `ld > rows`.
-int convert_into_linear(dense2D<unsigned>& conn) noexcept;
+TESSKIT2D_EXPORT int convert_into_linear(dense2D<unsigned>& conn) noexcept;
 
 /// Cuts each quadratic element into four linear ones on its own nodes,
 /// appending them to `out`.
@@ -46,7 +47,7 @@ int convert_into_linear(dense2D<unsigned>& conn) noexcept;
 /// When `out` starts with 0 rows its room cannot be reserved ahead, and the
 /// appends grow it as they go; an append that fails for lack of memory there
 /// is dropped and the call still returns 0.
-int split_into_linear(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept;
+TESSKIT2D_EXPORT int split_into_linear(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept;
 
 /// Cuts each quadrangle into two triangles along the diagonal from row 0 to
 /// row 2, appending them to `out`; triangles are copied.
@@ -67,7 +68,7 @@ int split_into_linear(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noe
 ///
 /// The overload taking `coords` (in geometric_split.h) chooses the better
 /// diagonal instead.
-int split_Q4_into_T3(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept;
+TESSKIT2D_EXPORT int split_Q4_into_T3(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept;
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -17,6 +17,7 @@
 // vectors that loses the fewest digits, so a long thin triangle keeps its
 // small area to full relative precision.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -47,8 +48,8 @@ namespace tesskit2d {
 /// - -2 a node ID of `conn` is not a column of `coords` (or `null_id` stands
 ///   where a node must be); both outputs are then sized to #elements and
 ///   filled with 0.
-int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool normalized, dense1D<double>& min_angles,
-           dense1D<double>& max_angles) noexcept;
+TESSKIT2D_EXPORT int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool normalized,
+                            dense1D<double>& min_angles, dense1D<double>& max_angles) noexcept;
 
 /// The total area of a mesh.
 ///
@@ -71,7 +72,7 @@ int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool no
 ///   of `coords` (or `null_id` stands where a node must be).
 ///
 /// One streaming pass over `conn` to check it and one to sum.
-int area(const dense2D<double>& coords, const dense2D<unsigned>& conn, double& total_area) noexcept;
+TESSKIT2D_EXPORT int area(const dense2D<double>& coords, const dense2D<unsigned>& conn, double& total_area) noexcept;
 
 /// The circumcentre of every triangle.
 ///
@@ -93,7 +94,8 @@ int area(const dense2D<double>& coords, const dense2D<unsigned>& conn, double& t
 /// - -2 `conn` does not have 3 rows, or a node ID of it is not a column of
 ///   `coords`; `centers` empty.
 /// - -199 no memory for `centers`; `centers` empty.
-int circumcenters(const dense2D<double>& coords, const dense2D<unsigned>& conn, dense2D<double>& centers) noexcept;
+TESSKIT2D_EXPORT int circumcenters(const dense2D<double>& coords, const dense2D<unsigned>& conn,
+                                   dense2D<double>& centers) noexcept;
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -16,6 +16,7 @@
 // after a refusal the arrays are unchanged. Applying a flip twice restores
 // the arrays.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -27,7 +28,7 @@ namespace tesskit2d {
 ///
 /// Statuses in checking order: 0, also when `conn` has no column; -1 `conn`
 /// has fewer than 3 rows.
-int flip(dense2D<unsigned>& conn) noexcept;
+TESSKIT2D_EXPORT int flip(dense2D<unsigned>& conn) noexcept;
 
 /// Reverses every element of kind `type`, in place.
 ///
@@ -42,7 +43,7 @@ int flip(dense2D<unsigned>& conn) noexcept;
 /// Statuses in checking order: 0, also when `conn` has no column; -2 the
 /// row count does not fit `type` (for MIXED: not 3, 4, 6, 8 or 9; otherwise
 /// not the kind's node count).
-int flip(dense2D<unsigned>& conn, element_type type) noexcept;
+TESSKIT2D_EXPORT int flip(dense2D<unsigned>& conn, element_type type) noexcept;
 
 /// Reverses every element as `flip(conn, type)` does and keeps
 /// `neighbours` in step with the edges.
@@ -68,7 +69,7 @@ int flip(dense2D<unsigned>& conn, element_type type) noexcept;
 /// - -3 `type` is not MIXED and the rows of `conn` are not its node count.
 /// - -2 `type` is MIXED and `conn` has not 3, 4, 6, 8 or 9 rows.
 /// - -2 `neighbours` has the wrong row count for the kind.
-int flip(dense2D<unsigned>& conn, dense2D<unsigned>& neighbours, element_type type) noexcept;
+TESSKIT2D_EXPORT int flip(dense2D<unsigned>& conn, dense2D<unsigned>& neighbours, element_type type) noexcept;
 
 /// Makes the orientation of a mesh coherent by flipping elements, and
 /// returns the number of flips made.
@@ -112,7 +113,8 @@ int flip(dense2D<unsigned>& conn, dense2D<unsigned>& neighbours, element_type ty
 /// Linear in the mesh size. The working bit set and queue are standard
 /// containers, so `std::bad_alloc` or `std::length_error` may pass through;
 /// flips made before are then kept.
-int mesh_reorient(dense2D<unsigned>& conn, dense2D<unsigned>& neighbours, unsigned seed, int all_parts);
+TESSKIT2D_EXPORT int mesh_reorient(dense2D<unsigned>& conn, dense2D<unsigned>& neighbours, unsigned seed,
+                                   int all_parts);
 
 } // namespace tesskit2d
 } // namespace kelm

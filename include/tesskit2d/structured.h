@@ -26,6 +26,7 @@
 // Cell (i, j) has the corners A = (i, j), P = (i + 1, j), C = (i + 1, j + 1),
 // D = (i, j + 1); cells are written with i outermost and j innermost.
 
+#include "tesskit2d/export.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -56,8 +57,8 @@ namespace tesskit2d {
 ///   // 3 x 2 cells on a loop of 2 * (3 + 2) + 1 = 11 IDs, starting at a corner
 ///   int status = mesh_struct_Q4(coords, loop, 2, quads);
 /// \endcode
-int mesh_struct_Q4(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary, unsigned n_side,
-                   dense2D<unsigned>& conn_out) noexcept;
+TESSKIT2D_EXPORT int mesh_struct_Q4(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary, unsigned n_side,
+                                    dense2D<unsigned>& conn_out) noexcept;
 
 /// As `mesh_struct_Q4`, with each cell cut into two triangles by `pattern`:
 ///   0  diagonal P-D in every cell: (A, P, D) then (P, C, D)
@@ -76,8 +77,8 @@ int mesh_struct_Q4(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary
 /// - -5: `conn_out` is not empty and has other than 3 rows.
 /// - -199: as for `mesh_struct_Q4` (an empty `conn_out` may come back with
 ///   3 rows).
-int mesh_struct_T3(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary, unsigned n_side, int pattern,
-                   dense2D<unsigned>& conn_out) noexcept;
+TESSKIT2D_EXPORT int mesh_struct_T3(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary, unsigned n_side,
+                                    int pattern, dense2D<unsigned>& conn_out) noexcept;
 
 } // namespace tesskit2d
 } // namespace kelm

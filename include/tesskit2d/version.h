@@ -1,11 +1,13 @@
 #pragma once
 
+#include "tesskit2d/export.h"
+
 namespace kelm {
 namespace tesskit2d {
 
 /// The library's version, "5.3.0.0". The text lives in static storage: the
 /// same pointer every time, never to be freed.
-const char* version() noexcept;
+TESSKIT2D_EXPORT const char* version() noexcept;
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -10,6 +10,11 @@ namespace tesskit2d {
 /// bounds check: another value is the caller's fault.
 int element_node_count(element_type type) noexcept;
 
+/// The kind a linear surface array is checked as: 3 rows hold triangles
+/// only, and any other row count (4 in practice) a mixed array in which
+/// `null_id` in row 3 marks a triangle.
+constexpr element_type surface_kind(unsigned rows) noexcept { return rows == 3 ? T3 : MIXED; }
+
 /// Local corner pairs of the edges, in edge order. A triangle's edge i lies
 /// opposite corner i; a quadrangle's edge i starts at corner i.
 constexpr unsigned triangle_edge[3][2] = {{1, 2}, {2, 0}, {0, 1}};
