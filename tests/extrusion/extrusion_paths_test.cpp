@@ -42,7 +42,7 @@ double distance(const double* a, const double* b, unsigned rows) {
 enum : unsigned { Z = 1, L = 2, C = 4, I = 8, T = 16, H0 = 32, H1 = 64, P = 128, V = 256, O = 512 };
 
 // The inputs of one call, each built good or faulty.
-struct F {
+struct faults {
   unsigned bad = 0, built = 0;
   dense2D<double> c, v;
   dense2D<unsigned> e, out;
@@ -57,7 +57,7 @@ struct F {
 };
 
 struct overload {
-  int (*call)(F&);
+  int (*call)(faults&);
   std::vector<std::pair<unsigned, int>> checks; // in checking order
 };
 
@@ -68,59 +68,61 @@ const v3 up3 = {{0, 1, 0}}, o3 = {{0, -1, 0}}, w = {{0, 0, 1}}, lift = {{0, 0, 2
 // uniform, space graded, Q4 before T3. Forms that leave `pattern` unchecked
 // get 3 on every call, so a check there would show.
 const overload overloads[] = {
-    {[](F& f) { return extrude_translate_Q4(f.x(2, 3), f.edges(), f.is(H0) ? v2{} : up2, f.n(), f.o(4)); },
+    {[](faults& f) { return extrude_translate_Q4(f.x(2, 3), f.edges(), f.is(H0) ? v2{} : up2, f.n(), f.o(4)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {H0, -4}, {O, -7}}},
-    {[](F& f) { return extrude_translate_Q4(f.x(2, 3), f.edges(), up2, f.h(H0), f.h(H1), false, f.o(4)); },
+    {[](faults& f) { return extrude_translate_Q4(f.x(2, 3), f.edges(), up2, f.h(H0), f.h(H1), false, f.o(4)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -4}, {H1, -5}, {O, -7}}},
-    {[](F& f) { return extrude_translate_Q4(f.x(2, 4), f.edges(), f.is(H0) ? zero : up3, f.n(), f.o(4)); },
+    {[](faults& f) { return extrude_translate_Q4(f.x(2, 4), f.edges(), f.is(H0) ? zero : up3, f.n(), f.o(4)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {H0, -4}, {O, -7}}},
-    {[](F& f) { return extrude_translate_Q4(f.x(3, 1), f.edges(), up3, f.h(H0), f.h(H1), true, f.o(4)); },
+    {[](faults& f) { return extrude_translate_Q4(f.x(3, 1), f.edges(), up3, f.h(H0), f.h(H1), true, f.o(4)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -4}, {H1, -5}, {O, -7}}},
-    {[](F& f) { return extrude_translate_T3(f.x(2, 3), f.edges(), f.is(H0) ? v2{} : up2, f.n(), f.p(), f.o(3)); },
+    {[](faults& f) { return extrude_translate_T3(f.x(2, 3), f.edges(), f.is(H0) ? v2{} : up2, f.n(), f.p(), f.o(3)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {H0, -4}, {P, -6}, {O, -8}}},
-    {[](F& f) { return extrude_translate_T3(f.x(2, 3), f.edges(), up2, f.h(H0), f.h(H1), f.p(-1), false, f.o(3)); },
+    {[](faults& f) {
+       return extrude_translate_T3(f.x(2, 3), f.edges(), up2, f.h(H0), f.h(H1), f.p(-1), false, f.o(3));
+     },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -4}, {H1, -5}, {P, -6}, {O, -8}}},
-    {[](F& f) { return extrude_translate_T3(f.x(3, 4), f.edges(), f.is(H0) ? zero : up3, f.n(), f.p(), f.o(3)); },
+    {[](faults& f) { return extrude_translate_T3(f.x(3, 4), f.edges(), f.is(H0) ? zero : up3, f.n(), f.p(), f.o(3)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {H0, -4}, {P, -6}, {O, -8}}},
-    {[](F& f) { return extrude_translate_T3(f.x(2, 1), f.edges(), up3, f.h(H0), f.h(H1), f.p(), false, f.o(3)); },
+    {[](faults& f) { return extrude_translate_T3(f.x(2, 1), f.edges(), up3, f.h(H0), f.h(H1), f.p(), false, f.o(3)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -4}, {H1, -5}, {P, -6}, {O, -8}}},
-    {[](F& f) { return extrude_rotate_Q4(f.x(3, 1), f.edges(), o2, 1.0, f.n(), f.o(4)); },
+    {[](faults& f) { return extrude_rotate_Q4(f.x(3, 1), f.edges(), o2, 1.0, f.n(), f.o(4)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {O, -6}}},
-    {[](F& f) { return extrude_rotate_Q4(f.x(2, 3), f.edges(), o2, 1.0, f.h(H0), f.h(H1), false, f.o(4)); },
+    {[](faults& f) { return extrude_rotate_Q4(f.x(2, 3), f.edges(), o2, 1.0, f.h(H0), f.h(H1), false, f.o(4)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -5}, {H1, -6}, {O, -8}}},
     // The spatial rotations into quadrangles check `conn_out` for 3 rows.
-    {[](F& f) { return extrude_rotate_Q4(f.x(2, 1), f.edges(), o3, w, f.n(), f.o(3)); },
+    {[](faults& f) { return extrude_rotate_Q4(f.x(2, 1), f.edges(), o3, w, f.n(), f.o(3)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {O, -3}}},
-    {[](F& f) { return extrude_rotate_Q4(f.x(3, 4), f.edges(), o3, w, f.h(H0), f.h(H1), false, f.o(3)); },
+    {[](faults& f) { return extrude_rotate_Q4(f.x(3, 4), f.edges(), o3, w, f.h(H0), f.h(H1), false, f.o(3)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -5}, {H1, -6}, {O, -8}}},
-    {[](F& f) { return extrude_rotate_T3(f.x(2, 4), f.edges(), o2, 1.0, f.n(), 3, f.o(3)); },
+    {[](faults& f) { return extrude_rotate_T3(f.x(2, 4), f.edges(), o2, 1.0, f.n(), 3, f.o(3)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {O, -7}}},
-    {[](F& f) { return extrude_rotate_T3(f.x(2, 3), f.edges(), o2, 1.0, f.h(H0), f.h(H1), f.p(), false, f.o(3)); },
+    {[](faults& f) { return extrude_rotate_T3(f.x(2, 3), f.edges(), o2, 1.0, f.h(H0), f.h(H1), f.p(), false, f.o(3)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -5}, {H1, -6}, {P, -7}, {O, -9}}},
-    {[](F& f) { return extrude_rotate_T3(f.x(3, 1), f.edges(), o3, w, f.n(), 3, f.o(3)); },
+    {[](faults& f) { return extrude_rotate_T3(f.x(3, 1), f.edges(), o3, w, f.n(), 3, f.o(3)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {O, -7}}},
-    {[](F& f) { return extrude_rotate_T3(f.x(2, 1), f.edges(), o3, w, f.h(H0), f.h(H1), 3, false, f.o(3)); },
+    {[](faults& f) { return extrude_rotate_T3(f.x(2, 1), f.edges(), o3, w, f.h(H0), f.h(H1), 3, false, f.o(3)); },
      {{Z, 0}, {C, -1}, {I, -1}, {H0, -5}, {H1, -6}, {O, -9}}}, // IDs answer -1 here
-    {[](F& f) { return extrude_spiral_Q4(f.x(3, 2), f.edges(), o3, w, f.is(H0) ? zero : lift, f.n(), f.o(4)); },
+    {[](faults& f) { return extrude_spiral_Q4(f.x(3, 2), f.edges(), o3, w, f.is(H0) ? zero : lift, f.n(), f.o(4)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {H0, -6}, {O, -9}}},
-    {[](F& f) { return extrude_spiral_Q4(f.x(3, 2), f.edges(), o3, w, lift, f.h(H0), f.h(H1), false, f.o(4)); },
+    {[](faults& f) { return extrude_spiral_Q4(f.x(3, 2), f.edges(), o3, w, lift, f.h(H0), f.h(H1), false, f.o(4)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -6}, {H1, -7}, {O, -9}}},
-    {[](F& f) { return extrude_spiral_T3(f.x(3, 2), f.edges(), o3, w, f.is(H0) ? zero : lift, f.n(), 3, f.o(3)); },
+    {[](faults& f) { return extrude_spiral_T3(f.x(3, 2), f.edges(), o3, w, f.is(H0) ? zero : lift, f.n(), 3, f.o(3)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {H0, -6}, {O, -10}}},
-    {[](F& f) { return extrude_spiral_T3(f.x(3, 2), f.edges(), o3, w, lift, f.h(H0), f.h(H1), 3, false, f.o(3)); },
+    {[](faults& f) { return extrude_spiral_T3(f.x(3, 2), f.edges(), o3, w, lift, f.h(H0), f.h(H1), 3, false, f.o(3)); },
      {{Z, 0}, {C, -1}, {I, -2}, {H0, -6}, {H1, -4}, {O, -10}}}, // h1 answers -4 here
     // Along given vectors the checks run even with no layer.
-    {[](F& f) { return extrude_normal_Q4(f.x(2, 3), f.edges(), f.vectors(), 0u, f.o(4)); },
+    {[](faults& f) { return extrude_normal_Q4(f.x(2, 3), f.edges(), f.vectors(), 0u, f.o(4)); },
      {{Z, 0}, {C, -1}, {I, -2}, {V, -3}, {O, -5}}},
-    {[](F& f) { return extrude_normal_Q4(f.x(2, 1), f.edges(), f.h(T), f.n(), f.o(4)); },
+    {[](faults& f) { return extrude_normal_Q4(f.x(2, 1), f.edges(), f.h(T), f.n(), f.o(4)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {T, -3}, {O, -7}}},
-    {[](F& f) { return extrude_normal_Q4(f.x(2, 1), f.edges(), f.h(T), f.h(H0), f.h(H1), false, f.o(4)); },
+    {[](faults& f) { return extrude_normal_Q4(f.x(2, 1), f.edges(), f.h(T), f.h(H0), f.h(H1), false, f.o(4)); },
      {{Z, 0}, {C, -1}, {I, -2}, {T, -3}, {H0, -4}, {H1, -5}, {O, -7}}},
-    {[](F& f) { return extrude_normal_T3(f.x(2, 1), f.edges(), f.vectors(), 0u, 3, f.o(3)); },
+    {[](faults& f) { return extrude_normal_T3(f.x(2, 1), f.edges(), f.vectors(), 0u, 3, f.o(3)); },
      {{Z, 0}, {C, -1}, {I, -2}, {V, -3}, {O, -6}}},
-    {[](F& f) { return extrude_normal_T3(f.x(2, 3), f.edges(), f.h(T), f.n(), 3, f.o(3)); },
+    {[](faults& f) { return extrude_normal_T3(f.x(2, 3), f.edges(), f.h(T), f.n(), 3, f.o(3)); },
      {{Z, 0}, {L, 0}, {C, -1}, {I, -2}, {T, -3}, {O, -8}}},
-    {[](F& f) { return extrude_normal_T3(f.x(2, 3), f.edges(), f.h(T), f.h(H0), f.h(H1), false, 3, f.o(3)); },
+    {[](faults& f) { return extrude_normal_T3(f.x(2, 3), f.edges(), f.h(T), f.h(H0), f.h(H1), false, 3, f.o(3)); },
      {{Z, 0}, {C, -1}, {I, -2}, {T, -3}, {H0, -4}, {H1, -5}, {O, -8}}},
 };
 
@@ -133,7 +135,7 @@ TEST(ExtrusionStatuses, EveryOverloadChecksInItsOrderWithItsOwnNumbers) {
   for (const auto& k : overloads) {
     SCOPED_TRACE(&k - overloads);
     for (std::size_t i = 0; i < k.checks.size(); ++i) {
-      F f;
+      faults f;
       for (std::size_t j = i; j < k.checks.size(); ++j)
         f.bad |= k.checks[j].first;
       EXPECT_EQ(k.call(f), k.checks[i].second) << "check " << i;
@@ -187,7 +189,7 @@ TEST(ExtrusionGeometry, TranslationAreaIsLineLengthTimesHeight) {
   ASSERT_EQ(extrude_translate_Q4(c, chain(), v3{{0, 2, 6}}, 3u, out), 0);
   ASSERT_EQ(c.rows, 3u);
   for (unsigned id = 0; id < c.cols; ++id)
-    EXPECT_NEAR(c(2, id), 2.0 * (id / 3), 1e-13);
+    EXPECT_NEAR(c(2, id), 2.0 * double(id / 3), 1e-13);
 }
 
 TEST(ExtrusionGeometry, RotationKeepsDistancesFromTheAxisAndAFullTurnClosesInSpace) {

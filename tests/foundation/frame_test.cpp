@@ -44,7 +44,9 @@ TEST(Frame, ElementEdgesFollowTheLocalNumbering) {
   EXPECT_EQ(pair[1], 20u);
 
   const auto mixed = strided(conn({{0, 1, 2, null_id}, {0, 2, 3, 4}, {1, 2, 3, null_id}}));
-  EXPECT_EQ(count_null_rows(mixed.column(0) + 3, mixed.ld, mixed.column(0) + 3 + mixed.cols * mixed.ld, null_id), 2u);
+  EXPECT_EQ(
+      count_null_rows(mixed.column(0) + 3, mixed.ld, mixed.column(0) + 3 + std::size_t(mixed.cols) * mixed.ld, null_id),
+      2u);
 }
 
 TEST(Frame, HighestIdIgnoresNullAndReadsStridedArrays) {
