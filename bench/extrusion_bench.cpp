@@ -36,7 +36,7 @@ dense2D<unsigned> chain() {
 void report(benchmark::State& state, unsigned rows, unsigned element_rows, unsigned elements) {
   const double bytes =
       double(n_edges + 1) * n_layers * rows * sizeof(double) + double(elements) * element_rows * sizeof(unsigned);
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
+  state.SetBytesProcessed(static_cast<int64_t>(double(state.iterations()) * bytes));
   bench::per_element(state, elements);
 }
 

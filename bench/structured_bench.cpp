@@ -49,7 +49,7 @@ template <class Call> void grid(benchmark::State& state, unsigned element_rows, 
     elements = out.cols;
   }
   const double bytes = double(n - 1) * (n - 1) * 2 * sizeof(double) + double(elements) * element_rows * 4;
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
+  state.SetBytesProcessed(static_cast<int64_t>(double(state.iterations()) * bytes));
   bench::per_element(state, elements);
 }
 
