@@ -35,13 +35,6 @@ unsigned square_side(unsigned n) noexcept {
   return m * m == n ? static_cast<unsigned>(m) : null_id;
 }
 
-// A 3-row array holds triangles only, and the mixed check would refuse it.
-bool conn_valid(const dense2D<unsigned>& conn, unsigned n_nodes) noexcept {
-  if (conn.rows == 3) return tesskit::check_IDs(conn, T3, n_nodes);
-  if (conn.rows == 4) return tesskit::check_IDs(conn, MIXED, n_nodes);
-  return false;
-}
-
 // Beyond the ID check, the ends and the first node of each known edge must
 // be real nodes, and its run of consecutive IDs must stay below n_nodes.
 bool edges_valid(const dense2D<unsigned>& edges, unsigned ne, unsigned n_nodes) noexcept {
@@ -324,15 +317,13 @@ int raise_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned
   clear_output(out_conn);
   if (conn.rows * n == 0 || (ne | nq | nt) == 0) return 0;
   if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (!conn_valid(conn, n_nodes)) return -2;
+  if (!surface_ids_valid(conn, n_nodes)) return -2;
   const unsigned m = square_side(nq);
   if (m == null_id) return -4;
   if (nt != 0 && nt != 1 && nt != 3) return -5;
   if (!edges_valid(edges, ne, n_nodes)) return -6;
 
-  const unsigned T =
-      conn.rows == 4 ? count_null_rows(conn.column(0) + 3, conn.ld, conn.column(0) + std::size_t(n) * conn.ld, null_id)
-                     : n;
+  const unsigned T = triangle_count(conn);
   const unsigned Q = n - T;
 
   // Triangles need nt + 3 (ne + 1) rows, quadrangles nq + 4 (ne + 1); the

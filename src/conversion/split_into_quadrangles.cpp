@@ -12,17 +12,11 @@ int split_into_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, dense2
   const unsigned n = conn.cols, n_nodes = coords.cols;
   if (n == 0) return 0;
   if (coords.rows != 2 && coords.rows != 3) return -1;
-  // A 3-row array holds triangles only, and the mixed check would refuse it.
-  const bool ids_valid = conn.rows == 3   ? tesskit::check_IDs(conn, T3, n_nodes)
-                         : conn.rows == 4 ? tesskit::check_IDs(conn, MIXED, n_nodes)
-                                          : false;
-  if (!ids_valid) return -2;
+  if (!surface_ids_valid(conn, n_nodes)) return -2;
   if (out_conn.rows * out_conn.cols != 0 && out_conn.rows != 4) return -3;
   if (!tesskit::check_IDs(edges, E3, n_nodes)) return -4;
 
-  const unsigned T =
-      conn.rows == 4 ? count_null_rows(conn.column(0) + 3, conn.ld, conn.column(0) + std::size_t(n) * conn.ld, null_id)
-                     : 0;
+  const unsigned T = triangle_count(conn);
   const unsigned Q = n - T;
 
   // Mid-edge nodes shared between neighbours and one centre node per element.

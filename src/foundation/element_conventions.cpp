@@ -1,5 +1,9 @@
 #include "foundation/element_conventions.h"
 
+#include <cstddef>
+
+#include "tesskit/check_IDs.h"
+
 namespace kelm {
 namespace tesskit2d {
 namespace {
@@ -12,6 +16,16 @@ constexpr int node_counts[23] = {0, 1, 2, 2, 3, 4, 3, 4, 6, 8, 9, 8, 4, 10, 5, 1
 } // namespace
 
 int element_node_count(element_type type) noexcept { return node_counts[type]; }
+
+bool surface_ids_valid(const dense2D<unsigned>& conn, unsigned n_nodes) noexcept {
+  return (conn.rows == 3 || conn.rows == 4) && tesskit::check_IDs(conn, surface_kind(conn.rows), n_nodes);
+}
+
+unsigned triangle_count(const dense2D<unsigned>& conn) noexcept {
+  if (conn.rows == 3) return conn.cols;
+  const unsigned* row3 = conn.column(0) + 3;
+  return count_null_rows(row3, conn.ld, row3 + std::size_t(conn.cols) * conn.ld, null_id);
+}
 
 } // namespace tesskit2d
 } // namespace kelm

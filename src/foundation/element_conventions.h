@@ -15,6 +15,16 @@ int element_node_count(element_type type) noexcept;
 /// `null_id` in row 3 marks a triangle.
 constexpr element_type surface_kind(unsigned rows) noexcept { return rows == 3 ? T3 : MIXED; }
 
+/// Whether `conn` is a linear surface array over `n_nodes` nodes: 3 rows of
+/// triangles or 4 rows of mixed columns, every node ID below `n_nodes` (and
+/// `null_id` only in row 3 of a 4-row array). A 3-row array is checked as
+/// triangles, since the mixed check would refuse its row count.
+bool surface_ids_valid(const dense2D<unsigned>& conn, unsigned n_nodes) noexcept;
+
+/// The triangles of a linear surface array: every column of a 3-row array,
+/// the columns with `null_id` in row 3 of any other.
+unsigned triangle_count(const dense2D<unsigned>& conn) noexcept;
+
 /// Local corner pairs of the edges, in edge order. A triangle's edge i lies
 /// opposite corner i; a quadrangle's edge i starts at corner i.
 constexpr unsigned triangle_edge[3][2] = {{1, 2}, {2, 0}, {0, 1}};

@@ -1,7 +1,7 @@
 #include <algorithm>
 
+#include "foundation/element_conventions.h"
 #include "geometry/primitives.h"
-#include "tesskit/check_IDs.h"
 #include "tesskit2d/measures.h"
 
 namespace kelm {
@@ -20,7 +20,7 @@ int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool no
     min_angles.size = 0;
     return -199;
   }
-  if (!kelm::tesskit::check_IDs(conn, conn.rows == 3 ? T3 : MIXED, coords.cols)) {
+  if (!surface_ids_valid(conn, coords.cols)) {
     std::fill(min_angles.begin(), min_angles.end(), 0.0);
     std::fill(max_angles.begin(), max_angles.end(), 0.0);
     return -2;

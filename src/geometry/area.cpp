@@ -1,5 +1,5 @@
+#include "foundation/element_conventions.h"
 #include "geometry/primitives.h"
-#include "tesskit/check_IDs.h"
 #include "tesskit2d/measures.h"
 
 namespace kelm {
@@ -62,7 +62,7 @@ int area(const dense2D<double>& coords, const dense2D<unsigned>& conn, double& t
   if (conn.rows * conn.cols == 0) return 0;
   if (coords.rows != 2 && coords.rows != 3) return -1;
   if (conn.rows != 3 && conn.rows != 4) return -2;
-  if (!kelm::tesskit::check_IDs(conn, conn.rows == 3 ? T3 : MIXED, coords.cols)) return -2;
+  if (!surface_ids_valid(conn, coords.cols)) return -2;
 
   const bool plane = coords.rows == 2;
   double twice;

@@ -1,6 +1,7 @@
 #include <deque>
 #include <vector>
 
+#include "foundation/element_conventions.h"
 #include "tesskit/check_IDs.h"
 #include "tesskit2d/orientation.h"
 #include "topology/flip_permutations.h"
@@ -132,8 +133,7 @@ int mesh_reorient(dense2D<unsigned>& conn, dense2D<unsigned>& neighbours, unsign
   if (n == 0) return 0;
   // The shared ID check knows a mixed array only in its 4-, 8- and 9-row
   // shapes; a triangle array is checked as such, with the same effect.
-  const element_type checked_as = conn.rows == 3 ? T3 : MIXED;
-  if (!kelm::tesskit::check_IDs(conn, checked_as, 0xFFFFFFFFu)) return -1;
+  if (!kelm::tesskit::check_IDs(conn, surface_kind(conn.rows), 0xFFFFFFFFu)) return -1;
   if (neighbours.rows != conn.rows || neighbours.cols != n) return -2;
   if (seed >= n) return -3;
   if (conn.rows == 3) return reorient(triangle_mesh{}, conn, neighbours, seed, all_parts);
