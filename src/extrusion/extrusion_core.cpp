@@ -1,5 +1,7 @@
 #include "extrusion/extrusion_core.h"
 
+#include "foundation/cell_diagonal.h"
+
 #include <cstddef>
 
 namespace kelm {
@@ -70,7 +72,7 @@ int extrude_elements_T3(const dense2D<unsigned>& conn, const id_list& used_nodes
     for (unsigned k = 0; k < n_layers; ++k, out += 2 * ld) {
       // The parity is that of the edge's column, not of its place along a
       // chain, so the alternation follows the storage order of `conn`.
-      const bool diagonal_0_top1 = pattern == 2 ? (e + k) % 2 == 0 : pattern != 0;
+      const bool diagonal_0_top1 = first_diagonal(pattern, e, k);
       unsigned* second = out + ld;
       if (diagonal_0_top1) {
         out[0] = cur0, out[1] = cur1, out[2] = top1;

@@ -2,9 +2,12 @@
 // The steps that every extrusion export runs once its own checks have
 // passed, and the small checks they share.
 
+#include <cmath>
+#include <limits>
+
+#include "extrusion/extrusion_checks.h"
 #include "extrusion/extrusion_core.h"
 #include "extrusion/layer_spacing.h"
-#include "tesskit/check_IDs.h"
 
 namespace kelm {
 namespace tesskit2d {
@@ -12,20 +15,24 @@ namespace tesskit2d {
 /// Which elements a sweep writes.
 enum class swept_element { quadrangle, triangle };
 
-/// False when `conn_out` holds columns of other than `rows` rows; an empty
-/// one (rows * cols of 0) always fits.
-inline bool output_fits(const dense2D<unsigned>& conn_out, unsigned rows) noexcept {
-  return conn_out.rows * conn_out.cols == 0 || conn_out.rows == rows;
-}
-
-/// Sizes are refused when zero or negative; a NaN passes.
-inline bool size_refused(double h) noexcept { return h <= 0; }
-
-/// `pattern` is compared as unsigned, so a negative value is refused too.
-inline bool pattern_refused(int pattern) noexcept { return static_cast<unsigned>(pattern) > 2; }
-
-inline bool edges_refused(const dense2D<unsigned>& conn, const dense2D<double>& coords) noexcept {
-  return !tesskit::check_IDs(conn, E2, coords.cols);
+/// The Euclidean length of a path vector. Evaluated as the square root of
+/// the sum of squares, except where that sum overflows or underflows: then
+/// the vector is first scaled by its largest component, so that any
+/// representable vector has a representable length.
+template <unsigned N> double path_length(const vector_fixed<double, N>& v) noexcept {
+  double sum = 0, largest = 0;
+  for (unsigned i = 0; i < N; ++i) {
+    sum += v[i] * v[i];
+    largest = std::fmax(largest, std::fabs(v[i]));
+  }
+  // Below this a square may have lost digits to underflow.
+  constexpr double smallest_exact = 0x1p-968;
+  if (sum <= std::numeric_limits<double>::max() && (sum >= smallest_exact || largest == 0)) return std::sqrt(sum);
+  if (!(largest <= std::numeric_limits<double>::max())) return largest; // an infinity or a NaN
+  double scaled = 0;
+  for (unsigned i = 0; i < N; ++i)
+    scaled += (v[i] / largest) * (v[i] / largest);
+  return largest * std::sqrt(scaled);
 }
 
 /// Layers of a graded sweep of `length`: the real count rounded to a
@@ -34,12 +41,6 @@ inline bool edges_refused(const dense2D<unsigned>& conn, const dense2D<double>& 
 inline unsigned graded_layers(double length, double h0, double h1, bool even, bool at_least_one) noexcept {
   const unsigned n = nearest_multiple(layer_count(length, h0, h1, false), even ? 2 : 1);
   return n == 0 && at_least_one ? 1 : n;
-}
-
-/// Gives 2-row `coords` a third row of 0, for paths in space. False when
-/// memory runs out, with `coords` unchanged.
-inline bool promote_to_space(dense2D<double>& coords) noexcept {
-  return coords.rows != 2 || coords.resize(3, coords.cols, 0.0);
 }
 
 /// Lists the swept nodes, writes the elements, then places the new nodes by

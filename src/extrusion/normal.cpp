@@ -32,24 +32,17 @@ int along_normals(dense2D<double>& coords, const dense2D<unsigned>& conn, double
 
 int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<double>& vectors,
                       unsigned n_layers, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
   const unsigned rows_on_entry = coords.rows;
-  if (coords.rows != 2) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (vectors.rows != 2) return -3;
-  if (!output_fits(conn_out, 4)) return -5;
+  const int checked = check_extrusion(extrusion_row::normal_Q4_vectors, coords, {conn, conn_out, 1, &vectors});
+  if (checked != checks_passed) return checked;
   return along_vectors(coords, conn, vectors, n_layers, 1, 1, 1, swept_element::quadrangle, 0, conn_out, rows_on_entry);
 }
 
 int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness, double h0, double h1,
                       bool even, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
-  if (coords.rows != 2) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (size_refused(thickness)) return -3;
-  if (size_refused(h0)) return -4;
-  if (size_refused(h1)) return -5;
-  if (!output_fits(conn_out, 4)) return -7;
+  const int checked =
+      check_extrusion(extrusion_row::normal_Q4, coords, {conn, conn_out, 1, nullptr, thickness, h0, h1});
+  if (checked != checks_passed) return checked;
   return along_normals(coords, conn, thickness, h0, h1, even, swept_element::quadrangle, 0, conn_out);
 }
 
@@ -62,25 +55,19 @@ int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, do
 
 int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<double>& vectors,
                       unsigned n_layers, int pattern, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
   const unsigned rows_on_entry = coords.rows;
-  if (coords.rows != 2) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (vectors.rows != 2) return -3;
-  if (!output_fits(conn_out, 3)) return -6;
+  const int checked =
+      check_extrusion(extrusion_row::normal_T3_vectors, coords, {conn, conn_out, 1, &vectors, 1, 1, 1, pattern});
+  if (checked != checks_passed) return checked;
   return along_vectors(coords, conn, vectors, n_layers, 1, 1, 1, swept_element::triangle, pattern, conn_out,
                        rows_on_entry);
 }
 
 int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, double thickness, double h0, double h1,
                       bool even, int pattern, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
-  if (coords.rows != 2) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (size_refused(thickness)) return -3;
-  if (size_refused(h0)) return -4;
-  if (size_refused(h1)) return -5;
-  if (!output_fits(conn_out, 3)) return -8;
+  const int checked =
+      check_extrusion(extrusion_row::normal_T3, coords, {conn, conn_out, 1, nullptr, thickness, h0, h1, pattern});
+  if (checked != checks_passed) return checked;
   return along_normals(coords, conn, thickness, h0, h1, even, swept_element::triangle, pattern, conn_out);
 }
 

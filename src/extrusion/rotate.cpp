@@ -47,70 +47,48 @@ int rotate(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_
 
 int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
                       double angle, unsigned n_layers, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0 || n_layers == 0) return 0;
-  if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (!output_fits(conn_out, 4)) return -6;
+  const int checked = check_extrusion(extrusion_row::rotate_Q4_2_uniform, coords, {conn, conn_out, n_layers});
+  if (checked != checks_passed) return checked;
   return rotate(coords, conn, center, angle, n_layers, 0, 0, swept_element::quadrangle, 0, conn_out);
 }
 
 int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
                       double angle, double h0, double h1, bool even, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
-  if (coords.rows != 2) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (size_refused(h0)) return -5;
-  if (size_refused(h1)) return -6;
-  if (!output_fits(conn_out, 4)) return -8;
+  const int checked = check_extrusion(extrusion_row::rotate_Q4_2, coords, {conn, conn_out, 1, nullptr, 1, h0, h1});
+  if (checked != checks_passed) return checked;
   const unsigned n_layers = graded_layers(arc_in_plane(coords, conn, center, angle), h0, h1, even, true);
   return rotate(coords, conn, center, angle, n_layers, h0, h1, swept_element::quadrangle, 0, conn_out);
 }
 
 int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
                       const vector_fixed<double, 3>& rotation, unsigned n_layers, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0 || n_layers == 0) return 0;
   const unsigned rows_on_entry = coords.rows;
-  if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  // Checked for 3 rows although quadrangles are written: a 3-row mesh is
-  // widened into a mixed one.
-  if (!output_fits(conn_out, 3)) return -3;
-  if (!promote_to_space(coords)) return -199;
+  const int checked = check_extrusion(extrusion_row::rotate_Q4_3_uniform, coords, {conn, conn_out, n_layers});
+  if (checked != checks_passed) return checked;
   return rotate(coords, conn, center, rotation, n_layers, 0, 0, swept_element::quadrangle, 0, conn_out, rows_on_entry);
 }
 
 int extrude_rotate_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
                       const vector_fixed<double, 3>& rotation, double h0, double h1, bool even,
                       dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
-  if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (size_refused(h0)) return -5;
-  if (size_refused(h1)) return -6;
-  if (!output_fits(conn_out, 3)) return -8;
-  if (!promote_to_space(coords)) return -199;
+  const int checked = check_extrusion(extrusion_row::rotate_Q4_3, coords, {conn, conn_out, 1, nullptr, 1, h0, h1});
+  if (checked != checks_passed) return checked;
   const unsigned n_layers = graded_layers(arc_in_space(coords, conn, center, rotation), h0, h1, even, true);
   return rotate(coords, conn, center, rotation, n_layers, h0, h1, swept_element::quadrangle, 0, conn_out, 3);
 }
 
 int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
                       double angle, unsigned n_layers, int pattern, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0 || n_layers == 0) return 0;
-  if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (!output_fits(conn_out, 3)) return -7;
+  const int checked = check_extrusion(extrusion_row::rotate_T3_2_uniform, coords, {conn, conn_out, n_layers});
+  if (checked != checks_passed) return checked;
   return rotate(coords, conn, center, angle, n_layers, 0, 0, swept_element::triangle, pattern, conn_out);
 }
 
 int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 2>& center,
                       double angle, double h0, double h1, int pattern, bool even, dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
-  if (coords.rows != 2) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (size_refused(h0)) return -5;
-  if (size_refused(h1)) return -6;
-  if (pattern_refused(pattern)) return -7;
-  if (!output_fits(conn_out, 3)) return -9;
+  const int checked =
+      check_extrusion(extrusion_row::rotate_T3_2, coords, {conn, conn_out, 1, nullptr, 1, h0, h1, pattern});
+  if (checked != checks_passed) return checked;
   const unsigned n_layers = graded_layers(arc_in_plane(coords, conn, center, angle), h0, h1, even, true);
   return rotate(coords, conn, center, angle, n_layers, h0, h1, swept_element::triangle, pattern, conn_out);
 }
@@ -118,12 +96,9 @@ int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
                       const vector_fixed<double, 3>& rotation, unsigned n_layers, int pattern,
                       dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0 || n_layers == 0) return 0;
   const unsigned rows_on_entry = coords.rows;
-  if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (edges_refused(conn, coords)) return -2;
-  if (!output_fits(conn_out, 3)) return -7;
-  if (!promote_to_space(coords)) return -199;
+  const int checked = check_extrusion(extrusion_row::rotate_T3_3_uniform, coords, {conn, conn_out, n_layers});
+  if (checked != checks_passed) return checked;
   return rotate(coords, conn, center, rotation, n_layers, 0, 0, swept_element::triangle, pattern, conn_out,
                 rows_on_entry);
 }
@@ -131,13 +106,9 @@ int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, co
 int extrude_rotate_T3(dense2D<double>& coords, const dense2D<unsigned>& conn, const vector_fixed<double, 3>& center,
                       const vector_fixed<double, 3>& rotation, double h0, double h1, int pattern, bool even,
                       dense2D<unsigned>& conn_out) {
-  if (conn.rows * conn.cols == 0) return 0;
-  if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (edges_refused(conn, coords)) return -1;
-  if (size_refused(h0)) return -5;
-  if (size_refused(h1)) return -6;
-  if (!output_fits(conn_out, 3)) return -9;
-  if (!promote_to_space(coords)) return -199;
+  const int checked =
+      check_extrusion(extrusion_row::rotate_T3_3, coords, {conn, conn_out, 1, nullptr, 1, h0, h1, pattern});
+  if (checked != checks_passed) return checked;
   const unsigned n_layers = graded_layers(arc_in_space(coords, conn, center, rotation), h0, h1, even, true);
   return rotate(coords, conn, center, rotation, n_layers, h0, h1, swept_element::triangle, pattern, conn_out, 3);
 }

@@ -1,3 +1,4 @@
+#include "foundation/cell_diagonal.h"
 #include "structured/grid_numbering.h"
 #include "structured/transfinite.h"
 #include "tesskit/check_IDs.h"
@@ -82,7 +83,7 @@ void write_triangles(dense2D<unsigned>& conn_out, unsigned old_elements, const u
     for (unsigned j = 0; j < N; ++j, c += 2 * ld) {
       const unsigned d = grid_node_id(i, j + 1, M, N, n_nodes, boundary);
       const unsigned q = grid_node_id(i + 1, j + 1, M, N, n_nodes, boundary);
-      const bool diagonal_ac = pattern == 1 || (pattern == 2 && (i + j) % 2 == 0);
+      const bool diagonal_ac = first_diagonal(pattern, i, j);
       unsigned* second = c + ld;
       if (diagonal_ac) {
         c[0] = a, c[1] = p, c[2] = q;
