@@ -85,7 +85,9 @@ namespace tesskit2d {
 ///   (1/4, 1/4), (1/2, 1/4) and (1/4, 1/2) (weights of corners 0 and 1),
 ///   but only the first two become nodes of the element: its third interior
 ///   row stays `null_id`, the numbering advances by 2 per triangle, and the
-///   last 3T - 2T columns appended to `coords` stay 0.0.
+///   third position is overwritten by the next triangle's first. Of the 3T
+///   columns appended for T triangles, those past the last one written stay
+///   0.0.
 /// \param[out] out_conn Rebuilt with one column per element and as many
 ///   rows as the longest kind needs: n_tri_nodes + 3 (n_edge_nodes + 1) for
 ///   triangles, n_quad_nodes + 4 (n_edge_nodes + 1) for quadrangles. It is
