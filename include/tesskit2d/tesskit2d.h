@@ -1,7 +1,10 @@
 #pragma once
-// tesskit2d: operations on two-dimensional and surface meshes. Including this
-// header brings in every family; each family's own header is enough for its
-// exports.
+/// \file
+/// \brief tesskit2d: operations on two-dimensional and surface meshes.
+///
+/// Including this header brings in every family; each family's own header
+/// is enough for its exports. The conventions that all of them share (node
+/// orders, local edges, statuses, output modes) are in mesh.h.
 
 #include "tesskit2d/mesh.h"
 #include "tesskit2d/version.h"

@@ -150,15 +150,6 @@ void copy_corners(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcep
   }
 }
 
-// Places the new nodes of every edge once, where the element walk first met
-// it. That element lists the edge's ends in the stored order, and its run
-// starts with the lowest ID not yet placed, since IDs were handed out in
-// that same walk; so positions are written in the order of their IDs, one
-// after the other, and the corners read lie near each other in a mesh
-// whose elements come in spatial order. Node k of an edge stored as (A, B)
-// sits at local s = (k + 1) * 2 / (ne + 1) - 1 on the straight segment from
-// A (s = -1) to B (s = 1). Edges given by the caller have IDs below
-// `n_nodes` and keep the positions they have.
 // The point sum of w[k] times node o[k], the nodes being columns of stride
 // ld in x: how every interior node is placed from its shape functions.
 template <unsigned dim>
@@ -173,6 +164,15 @@ void weighted_sum(const double* x, std::size_t ld, const unsigned* o, const doub
   }
 }
 
+// Places the new nodes of every edge once, where the element walk first met
+// it. That element lists the edge's ends in the stored order, and its run
+// starts with the lowest ID not yet placed, since IDs were handed out in
+// that same walk; so positions are written in the order of their IDs, one
+// after the other, and the corners read lie near each other in a mesh
+// whose elements come in spatial order. Node k of an edge stored as (A, B)
+// sits at local s = (k + 1) * 2 / (ne + 1) - 1 on the straight segment from
+// A (s = -1) to B (s = 1). Edges given by the caller have IDs below
+// `n_nodes` and keep the positions they have.
 template <unsigned dim>
 void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<unsigned>& out, unsigned ne,
                       unsigned n_nodes, unsigned end_id) noexcept {

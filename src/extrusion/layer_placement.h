@@ -3,12 +3,13 @@
 //
 // All forms share one skeleton: nothing happens when no node is swept or
 // there are no layers; otherwise `coords` is resized once to R rows and
-// n_nodes + C n_layers columns (new entries 0), then layer i = 1 .. n_layers
-// gets its fraction s of the path (`layer_fraction` of t = i * (1 / n_layers)
-// when h0 > 0 and h1 > 0, else t itself), the path's constants for that
-// layer, and one new column per swept node in `used_nodes` order. Every new
-// column is computed from the node's own input column, never from the layer
-// before, so errors do not build up along the path.
+// n_nodes + C n_layers columns, with no fill since every new entry is
+// written, then layer i = 1 .. n_layers gets its fraction s of the path
+// (`layer_fraction` of t = i * (1 / n_layers) when h0 > 0 and h1 > 0, else
+// t itself), the path's constants for that layer, and one new column per
+// swept node in `used_nodes` order. Every new column is computed from the
+// node's own input column, never from the layer before, so errors do not
+// build up along the path.
 //
 // Each returns 0, or -199 when `coords` cannot grow (it is then unchanged).
 
