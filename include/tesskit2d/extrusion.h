@@ -687,12 +687,11 @@ TESSKIT2D_EXPORT int extrude_spiral_T3(dense2D<double>& coords, const dense2D<un
 /// \retval 0 Done, also when `conn` is empty.
 /// \retval -1 `coords` not 2 rows.
 /// \retval -2 IDs.
-/// \retval -3 `vectors` not 2 rows.
+/// \retval -3 `vectors` not 2 rows, or fewer columns than `coords` (the
+///   placement reads the column of every swept node, so a short `vectors` is
+///   refused here rather than read past its end).
 /// \retval -5 `conn_out` not empty and not 4 rows.
 /// \retval -199 No memory.
-///
-/// \pre `vectors` has a column for every node that `conn` names; its column
-///   count is not checked.
 TESSKIT2D_EXPORT int extrude_normal_Q4(dense2D<double>& coords, const dense2D<unsigned>& conn,
                                        const dense2D<double>& vectors, unsigned n_layers, dense2D<unsigned>& conn_out);
 
@@ -768,12 +767,11 @@ TESSKIT2D_EXPORT int extrude_normal_Q4(dense2D<double>& coords, const dense2D<un
 /// \retval 0 Done, also when `conn` is empty.
 /// \retval -1 `coords` not 2 rows.
 /// \retval -2 IDs.
-/// \retval -3 `vectors` not 2 rows.
+/// \retval -3 `vectors` not 2 rows, or fewer columns than `coords` (the
+///   placement reads the column of every swept node, so a short `vectors` is
+///   refused here rather than read past its end).
 /// \retval -6 `conn_out` not empty and not 3 rows.
 /// \retval -199 No memory.
-///
-/// \pre `vectors` has a column for every node that `conn` names; its column
-///   count is not checked.
 TESSKIT2D_EXPORT int extrude_normal_T3(dense2D<double>& coords, const dense2D<unsigned>& conn,
                                        const dense2D<double>& vectors, unsigned n_layers, int pattern,
                                        dense2D<unsigned>& conn_out);
