@@ -69,7 +69,8 @@ TESSKIT2D_EXPORT int flip(dense2D<unsigned>& conn) noexcept;
 ///
 /// \note Any other kind has no rule: when `conn` has that kind's node count
 ///   of rows, it is left as it is and the call returns 0.
-/// \pre `type` is one of the values of element_type.
+/// \note A `type` outside the enumeration is read as a kind of no nodes, so
+///   any `conn` with rows gives -2; it is never used as an index.
 TESSKIT2D_EXPORT int flip(dense2D<unsigned>& conn, element_type type) noexcept;
 
 /// \brief Reverses every element as flip(dense2D<unsigned>&, element_type)
@@ -98,7 +99,8 @@ TESSKIT2D_EXPORT int flip(dense2D<unsigned>& conn, element_type type) noexcept;
 ///   the rows of `neighbours` are not looked at and it is not changed; a Q8
 ///   or Q9 `conn` is flipped all the same. Pass MIXED to have a Q8 or Q9
 ///   mesh's neighbours permuted.
-/// \pre `type` is one of the values of element_type.
+///   A `type` outside the enumeration is read as a kind of no nodes, so any
+///   `conn` with rows gives -3; it is never used as an index.
 TESSKIT2D_EXPORT int flip(dense2D<unsigned>& conn, dense2D<unsigned>& neighbours, element_type type) noexcept;
 
 /// \brief Makes the orientation of a mesh coherent by flipping elements,

@@ -15,7 +15,11 @@ constexpr int node_counts[23] = {0, 1, 2, 2, 3, 4, 3, 4, 6, 8, 9, 8, 4, 10, 5, 1
 
 } // namespace
 
-int element_node_count(element_type type) noexcept { return node_counts[type]; }
+int element_node_count(element_type type) noexcept {
+  // A value outside the enumeration is a kind with no nodes, never an index.
+  const auto index = static_cast<unsigned>(type);
+  return index < sizeof node_counts / sizeof node_counts[0] ? node_counts[index] : 0;
+}
 
 bool surface_ids_valid(const dense2D<unsigned>& conn, unsigned n_nodes) noexcept {
   return (conn.rows == 3 || conn.rows == 4) && tesskit::check_IDs(conn, surface_kind(conn.rows), n_nodes);

@@ -6,8 +6,8 @@
 namespace kelm {
 namespace tesskit2d {
 
-/// Nodes of an element of kind `type`, for every value 0 to 22. There is no
-/// bounds check: another value is the caller's fault.
+/// Nodes of an element of kind `type`, for every value 0 to 22; 0 for any
+/// value outside the enumeration.
 int element_node_count(element_type type) noexcept;
 
 /// The kind a linear surface array is checked as: 3 rows hold triangles

@@ -90,12 +90,14 @@ TEST(Flip, StatusesInCheckingOrderLeaveTheArraysUnchanged) {
   EXPECT_EQ(flip(q9, Q8), -2);
   EXPECT_EQ(flip(five, MIXED), -2);
   EXPECT_EQ(flip(two, T3), -2);
+  EXPECT_EQ(flip(t3, static_cast<element_type>(99)), -2); // an unknown kind, never an index
 
   auto nb3 = conn({{0, 0, 0}}), nb4 = conn({{0, 0, 0, 0}}), nb5 = conn({{0, 0, 0, 0, 0}});
   auto two_cols = conn({{0, 0, 0}, {0, 0, 0}});
   EXPECT_EQ(flip(empty_conn, two_cols, T3), 0); // neighbours not looked at
   EXPECT_EQ(flip(t3, none, Q4), -2);            // column count comes before the kind
   EXPECT_EQ(flip(t3, nb3, Q4), -3);
+  EXPECT_EQ(flip(t3, nb3, static_cast<element_type>(-7)), -3);
   EXPECT_EQ(flip(t3, nb4, T3), -2);
   EXPECT_EQ(flip(five, nb5, MIXED), -2);    // the MIXED row test answers -2, not -3
   EXPECT_EQ(flip(q9, two_cols, MIXED), -2); // mixed quadratic takes 4 slots
