@@ -1,8 +1,10 @@
 #include "extrusion/extrusion_core.h"
 
 #include "foundation/cell_diagonal.h"
+#include "foundation/status.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace kelm {
 namespace tesskit2d {
@@ -11,8 +13,8 @@ int collect_used_nodes(const dense2D<unsigned>& conn, id_list& used_nodes) noexc
   const unsigned E = conn.cols;
   used_nodes.size = 0;
   used_nodes.table.initialise(23, 23);
-  if (!used_nodes.reserve(E)) return -199;
-  if (E > used_nodes.table.n_buckets && !used_nodes.table.reserve(E)) return -199;
+  if (!used_nodes.reserve(E)) return status::out_of_memory;
+  if (E > used_nodes.table.n_buckets && !used_nodes.table.reserve(E)) return status::out_of_memory;
   for (unsigned e = 0; e < E; ++e) {
     const unsigned* edge = conn.column(e);
     used_nodes.push_back_unique(edge[0]);
@@ -27,7 +29,12 @@ namespace {
 // is spent only where nothing else would be written: the new rows of old
 // columns (a 3-row mesh widened to 4) and the columns of an output that was
 // empty but had columns.
-bool size_elements(dense2D<unsigned>& conn_out, unsigned rows, unsigned cols) noexcept {
+//
+// The count is taken wide: a sweep of more elements than 32-bit IDs can
+// number is refused as memory that cannot be had, before anything grows.
+bool size_elements(dense2D<unsigned>& conn_out, unsigned rows, std::uint64_t wide_cols) noexcept {
+  if (wide_cols > 0xFFFFFFFFu) return false;
+  const auto cols = static_cast<unsigned>(wide_cols);
   const bool all_written = conn_out.cols == 0 || (conn_out.rows * conn_out.cols != 0 && conn_out.rows >= rows);
   return all_written ? conn_out.resize(rows, cols) : conn_out.resize(rows, cols, null_id);
 }
@@ -37,7 +44,7 @@ bool size_elements(dense2D<unsigned>& conn_out, unsigned rows, unsigned cols) no
 int extrude_elements_Q4(const dense2D<unsigned>& conn, const id_list& used_nodes, unsigned n_nodes, unsigned n_layers,
                         dense2D<unsigned>& conn_out) noexcept {
   const unsigned E = conn.cols, C = used_nodes.size, old_elements = conn_out.cols;
-  if (!size_elements(conn_out, 4, old_elements + E * n_layers)) return -199;
+  if (!size_elements(conn_out, 4, old_elements + std::uint64_t(E) * n_layers)) return status::out_of_memory;
   const std::size_t ld = conn_out.ld;
   unsigned* out = conn_out.column(old_elements);
   for (unsigned e = 0; e < E; ++e) {
@@ -62,7 +69,7 @@ int extrude_elements_Q4(const dense2D<unsigned>& conn, const id_list& used_nodes
 int extrude_elements_T3(const dense2D<unsigned>& conn, const id_list& used_nodes, unsigned n_nodes, unsigned n_layers,
                         int pattern, dense2D<unsigned>& conn_out) noexcept {
   const unsigned E = conn.cols, C = used_nodes.size, old_elements = conn_out.cols;
-  if (!size_elements(conn_out, 3, old_elements + 2 * E * n_layers)) return -199;
+  if (!size_elements(conn_out, 3, old_elements + 2 * std::uint64_t(E) * n_layers)) return status::out_of_memory;
   const std::size_t ld = conn_out.ld;
   unsigned* out = conn_out.column(old_elements);
   for (unsigned e = 0; e < E; ++e) {

@@ -2,9 +2,11 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "extrusion/layer_spacing.h"
 #include "extrusion/rotation_tensor.h"
+#include "foundation/status.h"
 
 namespace kelm {
 namespace tesskit2d {
@@ -19,7 +21,9 @@ int place_layers(dense2D<double>& coords, unsigned R, const id_list& used_nodes,
   const unsigned C = used_nodes.size;
   if (C == 0 || n_layers == 0) return 0;
   // Every new column is written in full below, so it is not filled first.
-  if (!coords.resize(R, n_nodes + C * n_layers)) return -199;
+  // More nodes than 32-bit IDs can number count as memory that cannot be had.
+  const std::uint64_t total = n_nodes + std::uint64_t(C) * n_layers;
+  if (total > 0xFFFFFFFFu || !coords.resize(R, static_cast<unsigned>(total))) return status::out_of_memory;
   const std::size_t ld = coords.ld;
   const double* x = coords.column(0);
   double* out = coords.column(n_nodes);

@@ -1,10 +1,12 @@
 #include "foundation/cell_diagonal.h"
+#include "foundation/status.h"
 #include "structured/grid_numbering.h"
 #include "structured/transfinite.h"
 #include "tesskit/check_IDs.h"
 #include "tesskit2d/structured.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace kelm {
 namespace tesskit2d {
@@ -12,12 +14,13 @@ namespace {
 
 // Checks that both element kinds share after their own test for nothing to
 // do. M comes from B with wrap-around, so a large N could make the loop
-// length look right; the test of 2 N against B catches it first.
+// length look right; the test of 2 N against B catches it first, and both
+// tests are taken in 64 bits so that neither passes by a wrap of its own.
 int check_loop(const dense2D<double>& coords, const dense1D<unsigned, 8>& boundary, unsigned M, unsigned N) noexcept {
   const unsigned B = boundary.size;
   if (coords.rows != 2 && coords.rows != 3) return -1;
   if (B < 5 || boundary[0] != boundary[B - 1] || !tesskit::check_IDs(boundary, coords.cols)) return -2;
-  if (2 * N > B || (M + N) * 2 != B - 1) return -3;
+  if (2 * std::uint64_t(N) > B || (std::uint64_t(M) + N) * 2 != B - 1) return -3;
   return 0;
 }
 
@@ -26,15 +29,22 @@ int check_loop(const dense2D<double>& coords, const dense1D<unsigned, 8>& bounda
 // full afterwards, so the fill value is spent only where nothing else would
 // be written: the columns of an output that was empty but had columns, and
 // the nodes of a wrapped interior count.
-bool size_outputs(dense2D<double>& coords, unsigned n_nodes, unsigned new_nodes, bool nodes_written,
+//
+// Counts arrive in 64 bits: a grid with more nodes or elements than 32-bit
+// IDs can number is refused as memory that cannot be had, before anything
+// grows. The one wrap that is kept on purpose, the node total of a T3 grid
+// with M = 0, is reduced to 32 bits by its caller.
+bool size_outputs(dense2D<double>& coords, unsigned n_nodes, std::uint64_t total_nodes, bool nodes_written,
                   dense2D<unsigned>& conn_out, unsigned element_rows, unsigned old_elements,
-                  unsigned new_elements) noexcept {
+                  std::uint64_t new_elements) noexcept {
+  if (total_nodes > 0xFFFFFFFFu || old_elements + new_elements > 0xFFFFFFFFu) return false;
   const unsigned dim = coords.rows;
   const bool elements_written = conn_out.rows * conn_out.cols != 0 || conn_out.cols == 0;
-  const bool nodes_ok =
-      nodes_written ? coords.resize(dim, n_nodes + new_nodes) : coords.resize(dim, n_nodes + new_nodes, 0.0);
-  if (nodes_ok && (elements_written ? conn_out.resize(element_rows, old_elements + new_elements)
-                                    : conn_out.resize(element_rows, old_elements + new_elements, null_id)))
+  const auto nodes = static_cast<unsigned>(total_nodes);
+  const auto elements = static_cast<unsigned>(old_elements + new_elements);
+  const bool nodes_ok = nodes_written ? coords.resize(dim, nodes) : coords.resize(dim, nodes, 0.0);
+  if (nodes_ok &&
+      (elements_written ? conn_out.resize(element_rows, elements) : conn_out.resize(element_rows, elements, null_id)))
     return true;
   coords.resize(dim, n_nodes);
   conn_out.resize(element_rows, old_elements, null_id);
@@ -108,7 +118,8 @@ int mesh_struct_Q4(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary
   if (const int status = check_loop(coords, boundary, M, N)) return status;
   if (conn_out.rows * conn_out.cols != 0 && conn_out.rows != 4) return -4;
 
-  if (!size_outputs(coords, n_nodes, (M - 1) * (N - 1), true, conn_out, 4, old_elements, M * N)) return -199;
+  const std::uint64_t nodes = n_nodes + std::uint64_t(M - 1) * (N - 1), cells = std::uint64_t(M) * N;
+  if (!size_outputs(coords, n_nodes, nodes, true, conn_out, 4, old_elements, cells)) return status::out_of_memory;
   const unsigned* b = boundary.begin();
   place_interior(coords, b, M, N, n_nodes);
   write_quadrangles(conn_out, old_elements, b, M, N, n_nodes);
@@ -124,9 +135,11 @@ int mesh_struct_T3(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary
   if (static_cast<unsigned>(pattern) > 2) return -4;
   if (conn_out.rows * conn_out.cols != 0 && conn_out.rows != 3) return -5;
 
-  // With M = 0 the interior count wraps and `coords` shrinks; the loops below
-  // then do nothing.
-  if (!size_outputs(coords, n_nodes, (M - 1) * (N - 1), M > 0, conn_out, 3, old_elements, 2 * M * N)) return -199;
+  // With M = 0 the interior count wraps in 32 bits and `coords` shrinks; the
+  // loops below then do nothing.
+  const std::uint64_t nodes = M > 0 ? n_nodes + std::uint64_t(M - 1) * (N - 1) : unsigned(n_nodes + (M - 1) * (N - 1));
+  const std::uint64_t triangles = 2 * std::uint64_t(M) * N;
+  if (!size_outputs(coords, n_nodes, nodes, M > 0, conn_out, 3, old_elements, triangles)) return status::out_of_memory;
   const unsigned* b = boundary.begin();
   place_interior(coords, b, M, N, n_nodes);
   write_triangles(conn_out, old_elements, b, M, N, n_nodes, pattern);

@@ -337,3 +337,29 @@ TEST(ExtrusionRollback, OutOfMemoryRestoresColumnCountsAndTheStatedRows) {
     EXPECT_GE(rolled_back, 2u);
   }
 }
+
+TEST(ExtrusionLimits, CountsPastThirtyTwoBitsAndShortVectorsAreRefusedNotWrapped) {
+  const auto edges = chain();
+  auto c = line(2);
+  dense2D<unsigned> out;
+  // Two edges by 2^31 layers is 2^32 elements: no memory, nothing grown.
+  EXPECT_EQ(extrude_translate_Q4(c, edges, up2, 0x80000000u, out), -199);
+  EXPECT_EQ(extrude_translate_Q4(c, edges, up2, std::ldexp(1.0, -31), std::ldexp(1.0, -31), false, out), -199);
+  EXPECT_EQ(extrude_translate_T3(c, conn({{0, 1}}), up2, 0x80000000u, 0, out), -199);
+  EXPECT_EQ(c.cols, 3u);
+  EXPECT_EQ(c.rows, 2u);
+  EXPECT_EQ(out.cols, 0u);
+
+  // `vectors` needs a column per node, even where the check of its rows
+  // alone would let it through.
+  for (unsigned cols : {0u, 1u}) {
+    const dense2D<double> vectors(2, cols, 1.0);
+    EXPECT_EQ(extrude_normal_Q4(c, edges, vectors, 2u, out), -3);
+    EXPECT_EQ(extrude_normal_T3(c, edges, vectors, 2u, 0, out), -3);
+  }
+
+  // A path whose squared length overflows still has its length: 14 layers
+  // of 1e199 along 1.41e200.
+  ASSERT_EQ(extrude_translate_Q4(c, edges, v2{{1e200, 1e200}}, 1e199, 1e199, false, out), 0);
+  EXPECT_EQ(out.cols, 2u * 14);
+}

@@ -203,3 +203,18 @@ TEST(MeshStruct, OutOfMemoryRestoresColumnCounts) {
     EXPECT_GE(walked, 2u);
   }
 }
+
+TEST(MeshStruct, GridsPastThirtyTwoBitsAreRefusedNotWrapped) {
+  // A 65536 by 65536 grid on a loop of one repeated node: 2^32 cells.
+  dense2D<double> c(2, 1, 0.0);
+  dense1D<unsigned, 8> loop(2 * (65536 + 65536) + 1, 0u);
+  dense2D<unsigned> out;
+  EXPECT_EQ(mesh_struct_Q4(c, loop, 65536, out), -199);
+  EXPECT_EQ(mesh_struct_T3(c, loop, 65536, 0, out), -199);
+  EXPECT_EQ(c.cols, 1u);
+  EXPECT_EQ(out.cols, 0u);
+  // 2 N wraps to 0 in 32 bits; taken wide it is far above B.
+  auto r = rectangle_loop(3, 2, 1, 1);
+  EXPECT_EQ(mesh_struct_T3(r.coords, r.loop, 0x80000000u, 0, out), -3);
+  EXPECT_EQ(mesh_struct_Q4(r.coords, r.loop, 0x80000000u, out), -3);
+}
