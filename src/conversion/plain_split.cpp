@@ -1,6 +1,8 @@
 #include <algorithm>
 
 #include "foundation/column_append.h"
+#include "foundation/separate_input.h"
+#include "foundation/status.h"
 #include "tesskit2d/linear_reduction.h"
 
 namespace kelm {
@@ -36,8 +38,8 @@ template <class Sink> void append_Q9_children(const unsigned* c, Sink& sink) noe
     sink.push({c[k[0]], c[k[1]], c[k[2]], c[k[3]]});
 }
 
-// The parent is copied out first: `conn` may share its buffer with `out`,
-// whose growth would move it.
+// The parent is copied out first, so that its children can be written
+// from a local column.
 template <unsigned R, class Sink>
 void split_T6_columns(const dense2D<unsigned>& conn, unsigned n, Sink&& sink) noexcept {
   for (unsigned j = 0; j < n; ++j) {
@@ -52,12 +54,15 @@ void split_T6_columns(const dense2D<unsigned>& conn, unsigned n, Sink&& sink) no
 
 } // namespace
 
-int split_into_linear(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept {
-  const unsigned n = conn.cols;
-  if (conn.rows * n == 0) return 0;
-  if (conn.rows != 6 && conn.rows != 9) return -1;
+int split_into_linear(const dense2D<unsigned>& given, dense2D<unsigned>& out) noexcept {
+  const unsigned n = given.cols;
+  if (given.rows * n == 0) return 0;
+  if (given.rows != 6 && given.rows != 9) return -1;
   const unsigned out_rows = out.rows, out_cols = out.cols;
   if (out_rows != 0 && out_rows != 3 && out_rows != 4) return -2;
+  const separate_input<dense2D<unsigned>> input(given, out);
+  if (!input.ok()) return status::out_of_memory;
+  const dense2D<unsigned>& conn = input.get();
 
   if (conn.rows == 6) {
     // An output without rows reserves nothing here and grows as it goes.
@@ -87,11 +92,14 @@ int split_into_linear(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noe
   return 0;
 }
 
-int split_Q4_into_T3(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept {
-  const unsigned n = conn.cols;
+int split_Q4_into_T3(const dense2D<unsigned>& given, dense2D<unsigned>& out) noexcept {
+  const unsigned n = given.cols;
   if (n == 0) return 0;
-  if (conn.rows != 3 && conn.rows != 4) return -1;
+  if (given.rows != 3 && given.rows != 4) return -1;
   if (out.rows * out.cols != 0 && out.rows != 3) return -2;
+  const separate_input<dense2D<unsigned>> input(given, out);
+  if (!input.ok()) return status::out_of_memory;
+  const dense2D<unsigned>& conn = input.get();
   if (conn.rows == 3) return append_columns(out, conn) ? 0 : -199;
 
   // The reservation also gives an empty output its 3 rows.

@@ -8,6 +8,8 @@
 #include "extrusion/extrusion_checks.h"
 #include "extrusion/extrusion_core.h"
 #include "extrusion/layer_spacing.h"
+#include "foundation/separate_input.h"
+#include "foundation/status.h"
 
 namespace kelm {
 namespace tesskit2d {
@@ -56,11 +58,17 @@ template <class Place>
 int sweep(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned n_layers, swept_element kind, int pattern,
           dense2D<unsigned>& conn_out, unsigned rollback_rows, Place&& place) {
   const unsigned n_nodes = coords.cols, old_elements = conn_out.cols;
+  // The edges are read while `conn_out` grows: a copy where the two can meet.
+  const separate_input<dense2D<unsigned>> edges(conn, conn_out);
+  if (!edges.ok()) {
+    coords.resize(rollback_rows, n_nodes);
+    return status::out_of_memory;
+  }
   id_list used_nodes;
-  collect_used_nodes(conn, used_nodes);
+  collect_used_nodes(edges.get(), used_nodes);
   int status = kind == swept_element::quadrangle
-                   ? extrude_elements_Q4(conn, used_nodes, n_nodes, n_layers, conn_out)
-                   : extrude_elements_T3(conn, used_nodes, n_nodes, n_layers, pattern, conn_out);
+                   ? extrude_elements_Q4(edges.get(), used_nodes, n_nodes, n_layers, conn_out)
+                   : extrude_elements_T3(edges.get(), used_nodes, n_nodes, n_layers, pattern, conn_out);
   if (status == 0) status = place(coords, used_nodes, n_nodes, n_layers);
   if (status != 0) {
     conn_out.resize(conn_out.rows, old_elements);

@@ -1,4 +1,5 @@
 #include "foundation/cell_diagonal.h"
+#include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "structured/grid_numbering.h"
 #include "structured/transfinite.h"
@@ -118,9 +119,12 @@ int mesh_struct_Q4(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary
   if (const int status = check_loop(coords, boundary, M, N)) return status;
   if (conn_out.rows * conn_out.cols != 0 && conn_out.rows != 4) return -4;
 
+  // The loop is read while `conn_out` grows: a copy where the two can meet.
+  const separate_input<dense1D<unsigned, 8>> loop(boundary, conn_out);
+  if (!loop.ok()) return status::out_of_memory;
   const std::uint64_t nodes = n_nodes + std::uint64_t(M - 1) * (N - 1), cells = std::uint64_t(M) * N;
   if (!size_outputs(coords, n_nodes, nodes, true, conn_out, 4, old_elements, cells)) return status::out_of_memory;
-  const unsigned* b = boundary.begin();
+  const unsigned* b = loop.get().begin();
   place_interior(coords, b, M, N, n_nodes);
   write_quadrangles(conn_out, old_elements, b, M, N, n_nodes);
   return 0;
@@ -135,12 +139,15 @@ int mesh_struct_T3(dense2D<double>& coords, const dense1D<unsigned, 8>& boundary
   if (static_cast<unsigned>(pattern) > 2) return -4;
   if (conn_out.rows * conn_out.cols != 0 && conn_out.rows != 3) return -5;
 
+  // The loop is read while `conn_out` grows: a copy where the two can meet.
+  const separate_input<dense1D<unsigned, 8>> loop(boundary, conn_out);
+  if (!loop.ok()) return status::out_of_memory;
   // With M = 0 the interior count wraps in 32 bits and `coords` shrinks; the
   // loops below then do nothing.
   const std::uint64_t nodes = M > 0 ? n_nodes + std::uint64_t(M - 1) * (N - 1) : unsigned(n_nodes + (M - 1) * (N - 1));
   const std::uint64_t triangles = 2 * std::uint64_t(M) * N;
   if (!size_outputs(coords, n_nodes, nodes, M > 0, conn_out, 3, old_elements, triangles)) return status::out_of_memory;
-  const unsigned* b = boundary.begin();
+  const unsigned* b = loop.get().begin();
   place_interior(coords, b, M, N, n_nodes);
   write_triangles(conn_out, old_elements, b, M, N, n_nodes, pattern);
   return 0;

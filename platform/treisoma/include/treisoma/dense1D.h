@@ -1,6 +1,8 @@
 #pragma once
 // One-dimensional view on a shared buffer.
 
+#include <cstddef>
+#include <cstring>
 #include <new>
 
 #include "treisoma/ptr.h"
@@ -75,6 +77,19 @@ public:
     T* d = buffer->data + offset;
     for (unsigned i = old; i < n; ++i)
       d[i] = fill;
+    return true;
+  }
+
+  /// Deep copy: this view gets a buffer of its own holding the elements of
+  /// `other` from offset 0. False when memory runs out, and this view is
+  /// then unchanged.
+  bool copy(const dense1D& other) {
+    Ptr<buffer_type> fresh(new buffer_type);
+    if (other.size && !fresh->__grow(other.size, 0, 1)) return false;
+    if (other.size) std::memcpy(static_cast<void*>(fresh->data), other.begin(), std::size_t(other.size) * sizeof(T));
+    buffer = std::move(fresh);
+    offset = 0;
+    size = other.size;
     return true;
   }
 
