@@ -103,7 +103,8 @@
 /// \par Not checked
 /// Repeated nodes in an edge, coinciding nodes and zero-length edges (they
 /// yield degenerate elements). Calls on separate arrays may run in
-/// parallel. `conn_out` must not share a buffer with `conn`.
+/// parallel. `conn_out` may share storage with `conn`: the edges are then
+/// read from a private copy.
 ///
 /// \par Example
 /// \code

@@ -54,6 +54,14 @@
 ///
 /// New nodes always go behind the existing columns of `coords`.
 ///
+/// \par Shared storage
+/// An output may share storage with an input of the same call: the same
+/// array, a shallow copy of it, or a view over its buffer. The exports that
+/// append to or rebuild an output while they read an input then read that
+/// input from a private copy, made only when the two can meet, and give the
+/// result that separate arrays give; a copy that finds no memory gives -199.
+/// Exceptions are named where they apply (the two outputs of `angles`).
+///
 /// \par Units
 /// Angles are in radians, positive from the first axis towards the second.
 ///
