@@ -39,7 +39,7 @@ template <class T> std::pair<const void*, const void*> occupied(const dense1D<T,
 template <class Out, class In> bool may_overwrite(const Out& out, const In& in) noexcept {
   if (static_cast<const void*>(out.buffer.get()) == static_cast<const void*>(in.buffer.get())) return true;
   const auto read = occupied(in);
-  if (read.first == nullptr) return false;
+  if (read.first == nullptr || out.buffer->data == nullptr) return false;
   const void* room_first = out.buffer->data + out.offset;
   const void* room_last = out.buffer->data + out.buffer->capacity;
   std::less<const void*> before;
