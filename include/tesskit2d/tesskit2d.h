@@ -13,5 +13,6 @@
 #include "tesskit2d/linear_reduction.h"
 #include "tesskit2d/measures.h"
 #include "tesskit2d/normals.h"
+#include "tesskit2d/offset.h"
 #include "tesskit2d/orientation.h"
 #include "tesskit2d/structured.h"
