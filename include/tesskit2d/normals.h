@@ -70,10 +70,10 @@ namespace tesskit2d {
 /// - -199 no memory for `node_normals` or the working weights.
 /// `node_normals` is empty after every refusal.
 ///
-/// Two streaming passes: one over the elements, one over the nodes. The
-/// working weights (8 bytes per node) are allocated per call; a
-/// `std::bad_alloc` from the working array's small control block passes
-/// through.
+/// Two streaming passes: one over the elements, one over the nodes. Working
+/// weights (8 bytes per node) are allocated for the call only where the
+/// result needs them: `unit` false, a negative finite `power`, or an extreme
+/// mode. A `std::bad_alloc` from their small control block passes through.
 TESSKIT2D_EXPORT int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double power, bool unit,
                              dense2D<double>& node_normals);
 

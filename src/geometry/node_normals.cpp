@@ -10,14 +10,14 @@ namespace tesskit2d {
 namespace {
 
 // The running sums of one call: the node normals being built (3 packed rows)
-// and the weight gathered at each node.
-struct accumulators {
+// and, when `Weighted`, the weight gathered at each node.
+template <bool Weighted> struct accumulators {
   double* normal;
   double* weight;
 
   void add(unsigned id, const vector_fixed<double, 3>& n, double w) const noexcept {
     double* a = normal + 3 * std::size_t(id);
-    weight[id] += w;
+    if (Weighted) weight[id] += w;
     a[0] += w * n.v[0];
     a[1] += w * n.v[1];
     a[2] += w * n.v[2];
@@ -56,8 +56,9 @@ void each_corner(const dense2D<double>& coords, const dense2D<unsigned>& conn, V
 
 // The weighted sums. pow(L, 0) is 1 and pow(L, 1) is L for every L, NaN and
 // infinities included, so the two common powers skip the call to pow.
+template <bool Weighted>
 void weighted_sums(const dense2D<double>& coords, const dense2D<unsigned>& conn, double power,
-                   const accumulators& acc) noexcept {
+                   const accumulators<Weighted>& acc) noexcept {
   const bool finite = power > -max_double && power < max_double;
   if (!finite || power == 0.0) {
     each_corner(coords, conn, [&](unsigned id, const vector_fixed<double, 3>& n, double) { acc.add(id, n, 1.0); });
@@ -75,7 +76,8 @@ void weighted_sums(const dense2D<double>& coords, const dense2D<unsigned>& conn,
 // added with weight 1, which raises the node's weight by 1 for the elements
 // that follow: the result is a running contest against that raised weight,
 // not a selection of the largest or smallest element.
-void largest_element(const dense2D<double>& coords, const dense2D<unsigned>& conn, const accumulators& acc) noexcept {
+void largest_element(const dense2D<double>& coords, const dense2D<unsigned>& conn,
+                     const accumulators<true>& acc) noexcept {
   each_corner(coords, conn, [&](unsigned id, const vector_fixed<double, 3>& n, double size) {
     if (size > acc.weight[id])
       acc.replace(id, n, size);
@@ -84,7 +86,8 @@ void largest_element(const dense2D<double>& coords, const dense2D<unsigned>& con
   });
 }
 
-void smallest_element(const dense2D<double>& coords, const dense2D<unsigned>& conn, const accumulators& acc) noexcept {
+void smallest_element(const dense2D<double>& coords, const dense2D<unsigned>& conn,
+                      const accumulators<true>& acc) noexcept {
   each_corner(coords, conn, [&](unsigned id, const vector_fixed<double, 3>& n, double size) {
     if (size < acc.weight[id] || acc.weight[id] == 0.0)
       acc.replace(id, n, size);
@@ -93,23 +96,36 @@ void smallest_element(const dense2D<double>& coords, const dense2D<unsigned>& co
   });
 }
 
-// Turns the sums into means or unit vectors. Each node's result depends on
-// its own sums alone, so one pass over the nodes in ID order gives what a
-// pass over the corners of the elements would, with every used node treated
-// once; nodes that no element uses have a weight of 0 and are skipped.
-void finish(unsigned n_nodes, bool unit, const accumulators& acc) noexcept {
+// Turns the sums into means: each node's normal times the reciprocal of its
+// weight. Each node's result depends on its own sums alone, so one pass over
+// the nodes in ID order gives what a pass over the corners of the elements
+// would, with every used node treated once; nodes that no element uses have
+// a weight of 0 and are skipped.
+void finish_means(unsigned n_nodes, const accumulators<true>& acc) noexcept {
   for (unsigned i = 0; i < n_nodes; ++i) {
     const double w = acc.weight[i];
     if (w == 0.0) continue;
     double* a = acc.normal + 3 * std::size_t(i);
-    double scale;
-    if (unit) {
-      const double s = a[0] * a[0] + a[1] * a[1] + a[2] * a[2];
-      if (s == 0.0 || s == 1.0) continue;
-      scale = 1.0 / std::sqrt(s);
-    } else {
-      scale = 1.0 / w;
-    }
+    const double scale = 1.0 / w;
+    a[0] *= scale;
+    a[1] *= scale;
+    a[2] *= scale;
+  }
+}
+
+// Turns the sums into unit vectors, skipping nodes of weight 0 when the
+// weights are kept. Without them the test is not needed: a node of weight 0
+// holds a sum of zero vectors or of finite vectors times 0, which
+// normalising leaves alone, as long as no weight of 0 can meet a non-finite
+// normal. Only a negative finite power gives such a weight (an infinite
+// size to that power), and it keeps the weights.
+template <bool Weighted> void finish_units(unsigned n_nodes, const accumulators<Weighted>& acc) noexcept {
+  for (unsigned i = 0; i < n_nodes; ++i) {
+    if (Weighted && acc.weight[i] == 0.0) continue;
+    double* a = acc.normal + 3 * std::size_t(i);
+    const double s = a[0] * a[0] + a[1] * a[1] + a[2] * a[2];
+    if (s == 0.0 || s == 1.0) continue;
+    const double scale = 1.0 / std::sqrt(s);
     a[0] *= scale;
     a[1] *= scale;
     a[2] *= scale;
@@ -125,15 +141,27 @@ int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double
   if (const int refused = check_normal_input(coords, conn)) return refused;
 
   const unsigned n_nodes = coords.cols;
-  dense1D<double> node_weight;
   if (!node_normals.resize(3, n_nodes, 0.0)) return status::out_of_memory;
+  // Freshly sized, node_normals is packed: node i is at 3 i.
+  double* const sums = node_normals.column(0);
+
+  // Unit results of the plain modes need no weights (see finish_units),
+  // which saves a scattered write per corner and an array per call.
+  const bool extreme = power == max_double || power == -max_double;
+  if (unit && !extreme && !(power < 0 && std::isfinite(power))) {
+    const accumulators<false> acc{sums, nullptr};
+    weighted_sums(coords, conn, power, acc);
+    finish_units(n_nodes, acc);
+    return 0;
+  }
+
+  dense1D<double> node_weight;
   if (!node_weight.resize(n_nodes, 0.0)) {
     clear_output(node_normals);
     return status::out_of_memory;
   }
-  // Freshly sized, node_normals is packed: node i is at 3 i.
-  const accumulators acc{node_normals.column(0), node_weight.begin()};
-
+  const accumulators<true> acc{sums, node_weight.begin()};
+  // Neither extreme mode has a final pass, whatever `unit` says.
   if (power == max_double) {
     largest_element(coords, conn, acc);
     return 0;
@@ -143,7 +171,10 @@ int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double
     return 0;
   }
   weighted_sums(coords, conn, power, acc);
-  finish(n_nodes, unit, acc);
+  if (unit)
+    finish_units(n_nodes, acc);
+  else
+    finish_means(n_nodes, acc);
   return 0;
 }
 

@@ -59,6 +59,7 @@ TEST(NodeNormals, WeightsFollowThePowerAndUnitOnlyNormalises) {
       {-1, false, {0.2, 0, 0.8}},           // (x / 4 + z) / 1.25
       {2, false, {16.0 / 17, 0, 1.0 / 17}}, //
       {1, true, {4 / std::sqrt(17.0), 0, 1 / std::sqrt(17.0)}},
+      {-1, true, {1 / std::sqrt(17.0), 0, 4 / std::sqrt(17.0)}},
   };
   for (const auto& c : cases) {
     dense2D<double> out(2, 2, 9.0);
