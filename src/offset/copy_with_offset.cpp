@@ -15,7 +15,7 @@ int copy_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const den
                Displace displace, bool plain, dense2D<unsigned>& conn_out) {
   const unsigned n_nodes = coords.cols;
   id_list used_nodes;
-  if (const int failed = collect_surface_nodes(conn, used_nodes)) return failed;
+  if (const int failed = collect_surface_nodes(conn, coords.cols, used_nodes)) return failed;
   if (const int failed = remap_to_copies(conn, used_nodes, n_nodes, conn_out)) return failed;
   return copy_offset_nodes(coords, used_nodes, n_nodes, node_normals, displace, plain);
 }

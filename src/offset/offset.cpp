@@ -10,7 +10,7 @@ int move_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const den
                Displace displace) {
   if (const int refused = check_offset_input(coords, conn, node_normals)) return refused;
   id_list used_nodes;
-  if (const int failed = collect_surface_nodes(conn, used_nodes)) return failed;
+  if (const int failed = collect_surface_nodes(conn, coords.cols, used_nodes)) return failed;
   offset_nodes(coords, used_nodes, node_normals, displace);
   return 0;
 }

@@ -16,9 +16,11 @@ namespace tesskit2d {
 /// Lists the distinct nodes of `conn` in order of first appearance, by
 /// column and within a column by row: rows 0 to 2 of a 3-row array; rows 0
 /// to 2 and row 3 unless it is `null_id` of a 4-row array. Any other row
-/// count lists nothing. 0, or -199 when the list or its table cannot grow
-/// (no node is then lost silently).
-int collect_surface_nodes(const dense2D<unsigned>& conn, id_list& used_nodes) noexcept;
+/// count lists nothing. The IDs are known to lie below `n_nodes`, so the
+/// list and its table are sized for the smaller of that and #elements
+/// once, ahead of the loop. 0, or -199 when the list or its table cannot
+/// grow (no node is then lost silently).
+int collect_surface_nodes(const dense2D<unsigned>& conn, unsigned n_nodes, id_list& used_nodes) noexcept;
 
 /// A signed distance along the normal.
 struct by_distance {

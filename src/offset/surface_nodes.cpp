@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "offset/offset_steps.h"
 
 namespace kelm {
@@ -33,12 +35,16 @@ template <unsigned Rows> int collect(const dense2D<unsigned>& conn, id_list& use
 
 } // namespace
 
-int collect_surface_nodes(const dense2D<unsigned>& conn, id_list& used_nodes) noexcept {
-  const unsigned E = conn.cols;
+int collect_surface_nodes(const dense2D<unsigned>& conn, unsigned n_nodes, id_list& used_nodes) noexcept {
+  // A mesh has fewer nodes than elements as a rule (about half as many for
+  // triangles), and never more distinct IDs than `n_nodes`: sizing for the
+  // smaller count keeps the load at most 1 per bucket and halves the table
+  // that a triangle mesh would otherwise get.
+  const unsigned expected = std::min(conn.cols, n_nodes);
   used_nodes.size = 0;
   used_nodes.table.initialise(23, 23);
-  if (!used_nodes.reserve(E)) return -199;
-  if (E > used_nodes.table.n_buckets && !used_nodes.table.reserve(E)) return -199;
+  if (!used_nodes.reserve(expected)) return -199;
+  if (expected > used_nodes.table.n_buckets && !used_nodes.table.reserve(expected)) return -199;
   if (conn.rows == 3) return collect<3>(conn, used_nodes);
   if (conn.rows == 4) return collect<4>(conn, used_nodes);
   return 0;
