@@ -1,6 +1,5 @@
 #pragma once
-// Surfaces in space and a regular triangle grid, for the normals, offsetting
-// and connectivity tests.
+// A sphere and a flat triangle grid in space, for the surface tests.
 
 #include <cmath>
 
@@ -14,10 +13,8 @@ struct surface {
 };
 
 /// A sphere of radius `r` about the origin in `k` meridians and `m` bands:
-/// node 0 is the north pole, node 1 the south pole, then the rings from
-/// north to south, k nodes each. A 4-row mixed array: triangles round the
-/// poles (`null_id` in row 3), quadrangles between, all counter-clockwise
-/// seen from outside.
+/// nodes 0 and 1 the poles, then k per ring; triangles round the poles and
+/// quadrangles between in a 4-row array, counter-clockwise seen from outside.
 inline surface uv_sphere(unsigned k, unsigned m, double r) {
   const double pi = std::acos(-1.0);
   surface s{dense2D<double>(3, 2 + (m - 1) * k), dense2D<unsigned>(4, m * k)};
@@ -48,10 +45,9 @@ inline surface uv_sphere(unsigned k, unsigned m, double r) {
   return s;
 }
 
-/// The n by n grid of unit cells in the plane z = 0, nodes row by row, each
-/// cell cut along the same diagonal into two counter-clockwise triangles:
-/// cell (i, j) gives (a, b, c) and (a, c, d) with a = (i, j), b = (i + 1, j),
-/// c = (i + 1, j + 1), d = (i, j + 1). Every interior node has six.
+/// The n by n grid of unit cells in the plane z = 0, nodes row by row; cell
+/// (i, j) gives the triangles (a, b, c) and (a, c, d) with a = (i, j),
+/// b = (i + 1, j), c = (i + 1, j + 1), d = (i, j + 1).
 inline surface triangle_grid(unsigned n) {
   surface s{dense2D<double>(3, (n + 1) * (n + 1), 0.0), dense2D<unsigned>(3, 2 * n * n)};
   for (unsigned j = 0; j <= n; ++j)
@@ -66,15 +62,6 @@ inline surface triangle_grid(unsigned n) {
       s.conn(0, e + 1) = a, s.conn(1, e + 1) = c, s.conn(2, e + 1) = d;
     }
   return s;
-}
-
-/// The angle in radians between column `j` of `v` and the direction from
-/// the origin to column `j` of `xyz`.
-inline double angle_to_radial(const dense2D<double>& v, const dense2D<double>& xyz, unsigned j) {
-  const double c[3] = {v(1, j) * xyz(2, j) - v(2, j) * xyz(1, j), v(2, j) * xyz(0, j) - v(0, j) * xyz(2, j),
-                       v(0, j) * xyz(1, j) - v(1, j) * xyz(0, j)};
-  const double d = v(0, j) * xyz(0, j) + v(1, j) * xyz(1, j) + v(2, j) * xyz(2, j);
-  return std::atan2(std::sqrt(c[0] * c[0] + c[1] * c[1] + c[2] * c[2]), d);
 }
 
 } // namespace tk_test

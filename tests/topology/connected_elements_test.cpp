@@ -27,8 +27,7 @@ table rings(const dense2D<unsigned>& conn, const dense2D<unsigned>& nb, const id
   return {status, as_vector(offsets), as_vector(elements)};
 }
 
-// The ring of node `node` alone, with `ancestor` named for it and none for
-// the other nodes.
+// The ring of `node` alone, from `ancestor`; the other nodes have none.
 ids ring(const dense2D<unsigned>& conn, unsigned node, unsigned ancestor, unsigned n_nodes) {
   ids a(n_nodes, null_id);
   a[node] = ancestor;
@@ -66,8 +65,9 @@ TEST(ConnectedElements, ClosedRingsStartAtTheAncestorAndFansAtTheirClockwiseEnd)
 TEST(ConnectedElements, WholeTableUnusedNodesAndTheSilentStop) {
   const auto tri = conn({{0, 1, 2}});
   const auto free = neighbours_of(tri);
-  EXPECT_EQ(rings(tri, free, {0, null_id, 0, 0}).offsets, (ids{0, 1, 1, 2, 3}));
-  EXPECT_EQ(rings(tri, free, {0, null_id, 0, 0}).elements, (ids{0, 0, 0}));
+  const table one = rings(tri, free, {0, null_id, 0, 0});
+  EXPECT_EQ(one.offsets, (ids{0, 1, 1, 2, 3}));
+  EXPECT_EQ(one.elements, (ids{0, 0, 0}));
   EXPECT_EQ(rings(tri, free, {}).offsets, (ids{0}));
 
   // Node 1's ancestor does not hold it: the table ends after node 1, whose
@@ -110,8 +110,7 @@ TEST(ConnectedElements, StatusesInCheckingOrderLeaveBothOutputsEmpty) {
     int status = 1;
     const bool failed = fail_during(n, [&] { status = get_connected_elements(g.conn, nb, a, offsets, elements); });
     EXPECT_EQ(status, failed ? -199 : 0);
-    EXPECT_EQ(offsets.size, failed ? 0u : 10u);
-    EXPECT_EQ(elements.size, failed ? 0u : 24u);
+    EXPECT_EQ(offsets.size + elements.size, failed ? 0u : 10u + 24u);
     return failed;
   });
 }
