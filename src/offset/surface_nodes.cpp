@@ -38,13 +38,13 @@ template <unsigned Rows> int collect(const dense2D<unsigned>& conn, id_list& use
 int collect_surface_nodes(const dense2D<unsigned>& conn, unsigned n_nodes, id_list& used_nodes) noexcept {
   // A mesh has fewer nodes than elements as a rule (about half as many for
   // triangles), and never more distinct IDs than `n_nodes`: sizing for the
-  // smaller count keeps the load at most 1 per bucket and halves the table
-  // that a triangle mesh would otherwise get.
+  // smaller count keeps the load at most 1 per bucket. The table gets no
+  // overflow room ahead: an ID hashes to itself, so IDs below the bucket
+  // count (all of them when `n_nodes` is the smaller count) never share a
+  // bucket, and the rare chain grows on demand.
   const unsigned expected = std::min(conn.cols, n_nodes);
   used_nodes.size = 0;
-  used_nodes.table.initialise(23, 23);
-  if (!used_nodes.reserve(expected)) return -199;
-  if (expected > used_nodes.table.n_buckets && !used_nodes.table.reserve(expected)) return -199;
+  if (!used_nodes.reserve(expected) || !used_nodes.table.initialise(0, expected)) return -199;
   if (conn.rows == 3) return collect<3>(conn, used_nodes);
   if (conn.rows == 4) return collect<4>(conn, used_nodes);
   return 0;
