@@ -1,0 +1,38 @@
+#include "foundation/output_clear.h"
+#include "geometry/normal_input.h"
+#include "tesskit2d/normals.h"
+
+namespace kelm {
+namespace tesskit2d {
+namespace {
+
+template <bool Mixed>
+void element_normals_of(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool unit,
+                        dense2D<double>& out) noexcept {
+  for (unsigned j = 0; j < conn.cols; ++j) {
+    vector_fixed<double, 3> n = raw_normal<Mixed>(coords, conn.column(j));
+    if (unit) normalise(n, squared_length(n));
+    double* o = out.column(j);
+    o[0] = n.v[0];
+    o[1] = n.v[1];
+    o[2] = n.v[2];
+  }
+}
+
+} // namespace
+
+int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool unit,
+            dense2D<double>& element_normals) noexcept {
+  clear_output(element_normals);
+  if (coords.rows * coords.cols == 0 || conn.rows * conn.cols == 0) return 0;
+  if (const int refused = check_normal_input(coords, conn)) return refused;
+  if (!element_normals.resize(3, conn.cols)) return -199;
+  if (conn.rows == 3)
+    element_normals_of<false>(coords, conn, unit, element_normals);
+  else
+    element_normals_of<true>(coords, conn, unit, element_normals);
+  return 0;
+}
+
+} // namespace tesskit2d
+} // namespace kelm

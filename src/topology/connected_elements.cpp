@@ -1,0 +1,158 @@
+#include <algorithm>
+
+#include "foundation/stamped_set.h"
+#include "foundation/status.h"
+#include "tesskit2d/connectivity.h"
+
+namespace kelm {
+namespace tesskit2d {
+namespace {
+
+// The corners and edge slots of one element seen from one of its nodes. A
+// triangle's slot s lies across the edge opposite corner s, a quadrangle's
+// across the edge from corner s to s + 1.
+struct corner_of {
+  unsigned c; // the first row holding the node, or `null_id`
+  bool quadrangle;
+
+  // The slot of the turn: across the edge through the node on the far side
+  // of the corner, which in a counter-clockwise mesh turns counter-clockwise
+  // round the node.
+  unsigned turn() const noexcept { return quadrangle ? (c + 3) % 4 : (c + 1) % 3; }
+  // The slot of the other edge through the node: the clockwise side.
+  unsigned back() const noexcept { return quadrangle ? c : (c + 2) % 3; }
+};
+
+class ring_walker {
+public:
+  ring_walker(const dense2D<unsigned>& conn, const dense2D<unsigned>& neighbours, stamped_set& seen,
+              dense1D<unsigned>& stack, dense1D<unsigned>& elements) noexcept
+      : conn_(conn), neighbours_(neighbours), seen_(seen), stack_(stack), elements_(elements), mixed_(conn.rows == 4) {}
+
+  enum outcome { complete, stopped, endless };
+
+  // Appends the ring of `node` from element `e0` to `elements`: a closed
+  // ring from `e0` in the turn direction, or a fan from its clockwise end.
+  // `stopped` when an element on the way does not hold the node (the ring
+  // so far stays) or memory ran out (nothing of the ring stays); `endless`
+  // when the rotation neither closes nor meets a free edge.
+  outcome walk(unsigned node, unsigned e0) noexcept {
+    const unsigned start = elements_.size, E = conn_.cols;
+    unsigned e = e0;
+    for (unsigned steps = 0;; ++steps) {
+      if (steps == E) return endless; // every element met once and still open
+      if (!elements_.push_back(e)) return out_of_memory(start);
+      const corner_of at = corner(e, node);
+      if (at.c == null_id) return stopped;
+      e = neighbours_(at.turn(), e);
+      if (e == e0) return complete;
+      if (e >= E) break; // a free edge: the walk has seen one side only
+    }
+    return fan(node, elements_[elements_.size - 1], start);
+  }
+
+private:
+  corner_of corner(unsigned e, unsigned node) const noexcept {
+    const unsigned* col = conn_.column(e);
+    const bool quadrangle = mixed_ && col[3] != null_id;
+    const unsigned n = quadrangle ? 4 : 3;
+    for (unsigned r = 0; r < n; ++r)
+      if (col[r] == node) return {r, quadrangle};
+    return {null_id, quadrangle};
+  }
+
+  // The fan walk from its free end `s`: depth first over both slots of each
+  // element that touch the node, the clockwise one pushed first, so that it
+  // runs back across the fan against the turn; the result is then reversed.
+  // Going through both slots also finds elements that a non-manifold or
+  // inconsistent table hides from a plain rotation.
+  outcome fan(unsigned node, unsigned s, unsigned start) noexcept {
+    const unsigned E = conn_.cols;
+    elements_.size = start;
+    seen_.clear();
+    seen_.insert(s);
+    stack_.size = 0;
+    stack_.push_back(s); // reserved ahead, cannot fail
+    outcome result = complete;
+    while (stack_.size != 0) {
+      const unsigned e = stack_[--stack_.size];
+      if (!elements_.push_back(e)) return out_of_memory(start);
+      const corner_of at = corner(e, node);
+      if (at.c == null_id) {
+        result = stopped;
+        break;
+      }
+      for (const unsigned slot : {at.back(), at.turn()}) {
+        const unsigned next = neighbours_(slot, e);
+        if (next >= E || seen_.contains(next)) continue;
+        seen_.insert(next);
+        if (!stack_.push_back(next)) return out_of_memory(start);
+      }
+    }
+    std::reverse(elements_.begin() + start, elements_.end());
+    return result;
+  }
+
+  outcome out_of_memory(unsigned start) noexcept {
+    elements_.size = start;
+    return stopped;
+  }
+
+  const dense2D<unsigned>& conn_;
+  const dense2D<unsigned>& neighbours_;
+  stamped_set& seen_;
+  dense1D<unsigned>& stack_;
+  dense1D<unsigned>& elements_;
+  const bool mixed_;
+};
+
+// The ancestors check: an element ID below the element count, or `null_id`
+// for a node that no element uses (meshers leave such nodes).
+bool ancestors_valid(const dense1D<unsigned>& ancestors, unsigned n_elements) noexcept {
+  const unsigned* a = ancestors.begin();
+  for (unsigned i = 0; i < ancestors.size; ++i)
+    if (a[i] >= n_elements && a[i] != null_id) return false;
+  return true;
+}
+
+} // namespace
+
+int get_connected_elements(const dense2D<unsigned>& conn, const dense2D<unsigned>& neighbours,
+                           const dense1D<unsigned>& ancestors, dense1D<unsigned>& offsets,
+                           dense1D<unsigned>& elements) {
+  offsets.size = 0;
+  elements.size = 0;
+  if (conn.rows != 3 && conn.rows != 4) return -1;
+  if (neighbours.rows != conn.rows || neighbours.cols != conn.cols) return -2;
+  const unsigned n_nodes = ancestors.size, E = conn.cols;
+  if (!ancestors_valid(ancestors, E)) return -3;
+
+  // Six elements per node is the usual valence. A reservation whose size
+  // does not fit 32 bits cannot be had either.
+  const unsigned long long usual = 6ull * n_nodes;
+  stamped_set seen;
+  dense1D<unsigned> stack;
+  if (n_nodes == null_id || !offsets.reserve(n_nodes + 1) || usual > 0xFFFFFFFFu ||
+      !elements.reserve(unsigned(usual)) || !seen.resize(E) || !stack.reserve(16))
+    return status::out_of_memory;
+  seen.clear();
+
+  ring_walker walker(conn, neighbours, seen, stack, elements);
+  const unsigned* a = ancestors.begin();
+  for (unsigned i = 0; i < n_nodes; ++i) {
+    offsets.push_back(elements.size);
+    if (a[i] == null_id) continue;
+    const auto outcome = walker.walk(i, a[i]);
+    if (outcome == ring_walker::endless) {
+      offsets.size = 0;
+      elements.size = 0;
+      return -2;
+    }
+    if (outcome == ring_walker::stopped) break;
+  }
+  offsets.push_back(elements.size);
+  return 0;
+}
+
+} // namespace tesskit2d
+} // namespace kelm
