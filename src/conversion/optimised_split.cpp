@@ -31,34 +31,41 @@ bool shorter_cut_is_bd(const dense2D<double>& coords, const rotated_quadrangle& 
 }
 
 // Appends to `failing` the quadrangles among the columns `column_of(0 ..
-// count - 1)` that fail a test of `t`. False when memory ran out.
-template <unsigned D, class Column>
-bool collect_failing(const dense2D<double>& coords, const split_thresholds& t, const dense2D<unsigned>& conn,
-                     unsigned count, Column column_of, dense1D<unsigned, 8>& failing) noexcept {
+// count - 1)` that fail a test of `t`. With `Validate` each column's IDs are
+// checked against the node count as it is read, before its coordinates are,
+// and a bad one returns -8; memory running out returns -199.
+template <unsigned D, bool Validate, class Column>
+int collect_failing(const dense2D<double>& coords, const split_thresholds& t, const dense2D<unsigned>& conn,
+                    unsigned count, Column column_of, dense1D<unsigned, 8>& failing) noexcept {
   // Failing quadrangles are expected to be few; a guess sized to a small
   // share of the work keeps the doubling steps rare.
-  if (!failing.reserve(std::min(count, 1024 + count / 64))) return false;
+  if (!failing.reserve(std::min(count, 1024 + count / 64))) return status::out_of_memory;
   const double* x = coords.buffer->data + coords.offset;
   const unsigned* ids = conn.buffer->data + conn.offset;
   const unsigned long long xld = coords.ld, cld = conn.ld;
+  const unsigned n_nodes = coords.cols;
   for (unsigned i = 0; i < count; ++i) {
     const unsigned j = column_of(i);
     const unsigned* c = ids + j * cld;
-    if (c[3] == null_id) continue;
+    const bool triangle = c[3] == null_id;
+    if (Validate && std::max(std::max(c[0], c[1]), std::max(c[2], triangle ? 0u : c[3])) >= n_nodes) return -8;
+    if (triangle) continue;
     const double* const p[4] = {x + c[0] * xld, x + c[1] * xld, x + c[2] * xld, x + c[3] * xld};
-    if (quadrangle_fails<D>(t, p) && !failing.push_back(j)) return false;
+    if (quadrangle_fails<D>(t, p) && !failing.push_back(j)) return status::out_of_memory;
   }
-  return true;
+  return status::ok;
 }
 
+// All columns, with their IDs checked on the way, or the listed ones, whose
+// IDs have been checked before.
 template <unsigned D>
-bool collect_failing(const dense2D<double>& coords, const split_thresholds& t, const dense2D<unsigned>& conn,
-                     const dense1D<unsigned, 8>& candidates, dense1D<unsigned, 8>& failing) noexcept {
+int collect_failing(const dense2D<double>& coords, const split_thresholds& t, const dense2D<unsigned>& conn,
+                    const dense1D<unsigned, 8>& candidates, dense1D<unsigned, 8>& failing) noexcept {
   if (candidates.size == 0)
-    return collect_failing<D>(
+    return collect_failing<D, true>(
         coords, t, conn, conn.cols, [](unsigned i) { return i; }, failing);
   const unsigned* listed = candidates.begin();
-  return collect_failing<D>(
+  return collect_failing<D, false>(
       coords, t, conn, candidates.size, [listed](unsigned i) { return listed[i]; }, failing);
 }
 
@@ -73,18 +80,26 @@ int split_Q4_into_T3(const dense2D<double>& coords, double max_angle, double max
     return status::ok;
   }
   if (coords.rows != 2 && coords.rows != 3) return -1;
-  if (conn.rows != 4 || !tesskit::check_IDs(conn, MIXED, coords.cols)) return -8;
-  if (diagonal != 0 && diagonal != 1) return -5;
+  const split_thresholds t = make_split_thresholds(max_angle, max_warp, min_jacobian, coords.rows);
+  // When every column is to be read anyway and nothing checked after `conn`
+  // can fail, its IDs are checked in the same pass: a second pass over a
+  // large mesh would cost as much as the reading itself.
+  const bool valid_diagonal = diagonal == 0 || diagonal == 1;
+  const bool check_while_reading = t.any() && valid_diagonal && candidates.size == 0;
+  if (conn.rows != 4 || (!check_while_reading && !tesskit::check_IDs(conn, MIXED, coords.cols))) return -8;
+  if (!valid_diagonal) return -5;
   if (!tesskit::check_IDs(candidates, n)) return -6;
 
   // Everything is read from `candidates` before anything is written, so
   // `split` may be the same array.
-  const split_thresholds t = make_split_thresholds(max_angle, max_warp, min_jacobian, coords.rows);
   dense1D<unsigned, 8> failing;
   if (t.any()) {
-    const bool collected = coords.rows == 2 ? collect_failing<2>(coords, t, conn, candidates, failing)
-                                            : collect_failing<3>(coords, t, conn, candidates, failing);
-    if (!collected) return status::out_of_memory;
+    const int collected = coords.rows == 2 ? collect_failing<2>(coords, t, conn, candidates, failing)
+                                           : collect_failing<3>(coords, t, conn, candidates, failing);
+    // A bad ID outranks exhausted memory, even when memory ran out first.
+    if (collected == status::out_of_memory && check_while_reading && !tesskit::check_IDs(conn, MIXED, coords.cols))
+      return -8;
+    if (collected != status::ok) return collected;
   }
   // A list of candidates in any order, or with repeats, still gives each
   // quadrangle one cut and `split` in ascending order.

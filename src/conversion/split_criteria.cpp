@@ -56,22 +56,33 @@ split_thresholds make_split_thresholds(double max_angle, double max_warp, double
 }
 
 template <unsigned D> bool fails_exactly(const split_thresholds& t, const quadrangle_frame<D>& q) noexcept {
-  for (unsigned i = 0; i < 4; ++i) {
-    if (t.jacobian) {
-      // A zero-length edge leaves the corner without an area: its Jacobian
-      // is 0, however the other edge lies.
-      const double lengths = std::sqrt(q.length2[(i + 3) % 4]) * std::sqrt(q.length2[i]);
-      const double scaled = lengths == 0 ? 0.0 : q.jacobian[i] / lengths;
-      if (scaled < t.min_jacobian) return true;
-    }
-    if (t.angle) {
-      // Without an edge there is no angle to speak of; 0 keeps such a corner
-      // out of this test, where atan2(0, -0) would make it pi.
-      const bool edgeless = q.length2[(i + 3) % 4] == 0 || q.length2[i] == 0;
-      const double sine = D == 2 ? std::fabs(q.normal[i][2]) : length(q.normal[i], 3);
-      const double theta = edgeless ? 0.0 : std::atan2(sine, q.dot[i]);
-      if ((q.reflex[i] ? two_pi - theta : theta) > t.max_angle) return true;
-    }
+  // The Jacobian first, over all four corners: it costs two roots and a
+  // division where an angle costs an arc tangent, and most quadrangles that
+  // fail at all fail it.
+  double mean_normal[3] = {0, 0, 1};
+  if constexpr (D == 3) {
+    // Normalised as everywhere in the library: multiplied by the reciprocal
+    // of its length unless that squared is 0 or 1. A zero vector stays zero,
+    // and every corner's Jacobian with it.
+    const double n2 = q.along_scale2, r = n2 != 0 && n2 != 1 ? 1 / std::sqrt(n2) : 1.0;
+    for (unsigned k = 0; k < 3; ++k)
+      mean_normal[k] = q.orientation[k] * r;
+  }
+  for (unsigned i = 0; i < 4 && t.jacobian; ++i) {
+    // A zero-length edge leaves the corner without an area: its Jacobian is
+    // 0, however the other edge lies.
+    const double lengths = std::sqrt(q.length2[(i + 3) % 4]) * std::sqrt(q.length2[i]);
+    const double along = D == 2 ? q.normal[i][2] : primitive_detail::dot3(q.normal[i], mean_normal);
+    const double scaled = lengths == 0 ? 0.0 : along / lengths;
+    if (scaled < t.min_jacobian) return true;
+  }
+  for (unsigned i = 0; i < 4 && t.angle; ++i) {
+    // Without an edge there is no angle to speak of; 0 keeps such a corner
+    // out of this test, where atan2(0, -0) would make it pi.
+    const bool edgeless = q.length2[(i + 3) % 4] == 0 || q.length2[i] == 0;
+    const double sine = D == 2 ? std::fabs(q.normal[i][2]) : length(q.normal[i], 3);
+    const double theta = edgeless ? 0.0 : std::atan2(sine, q.dot[i]);
+    if ((q.reflex[i] ? two_pi - theta : theta) > t.max_angle) return true;
   }
   if constexpr (D == 3) {
     if (!t.warp) return false;

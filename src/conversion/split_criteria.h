@@ -44,19 +44,28 @@ split_thresholds make_split_thresholds(double max_angle, double max_warp, double
 ///
 /// At corner i, u = P(i+1) - P(i) runs to the next corner and w = P(i-1) -
 /// P(i) to the previous one. The corner normal is u x w (its z part alone in
-/// the plane), the corner's dot product u . w. The Jacobian numerator is the
-/// corner normal itself in the plane and its component along the unit mean
-/// normal in space. A corner is reflex when its normal points against the
-/// quadrangle's orientation, the cross product of its diagonals (P2 - P0) x
-/// (P3 - P1); a quadrangle whose diagonals give no cross product has no
-/// reflex corner.
+/// the plane), the corner's dot product u . w. The quadrangle's orientation is
+/// the cross product of its diagonals, (P2 - P0) x (P3 - P1). A corner is
+/// reflex when its normal points against the orientation; a quadrangle whose
+/// diagonals give no cross product has no reflex corner.
+///
+/// `along` is the Jacobian's numerator before scaling: the corner normal in
+/// the plane, its component along the (not normalised) orientation in space,
+/// where `along_scale2` is the squared length of the orientation, so that the
+/// scaled Jacobian is along / (|u| |w| sqrt(along_scale2)). The reflex test in
+/// space is the sign of `along`, the same number in both forms.
+///
+/// The corner normal at i + 1 is also the normal of the triangle (P(i),
+/// P(i+1), P(i+2)), which is what the fast warp bound uses.
 template <unsigned D> struct quadrangle_frame {
   const double* p[4];
   double edge[4][D];   // edge i: P(i+1) - P(i)
   double length2[4];   // squared length of edge i
   double normal[4][3]; // corner normals; in the plane only [i][2] is set
   double dot[4];
-  double jacobian[4];
+  double orientation[3]; // in the plane only [2] is set
+  double along[4];
+  double along_scale2;
   bool reflex[4];
 };
 
@@ -85,58 +94,70 @@ template <unsigned D> inline void measure_quadrangle(const double* const p[4], q
     }
   }
   if constexpr (D == 2) {
-    const double orientation = (p[2][0] - p[0][0]) * (p[3][1] - p[1][1]) - (p[2][1] - p[0][1]) * (p[3][0] - p[1][0]);
+    const double o = (p[2][0] - p[0][0]) * (p[3][1] - p[1][1]) - (p[2][1] - p[0][1]) * (p[3][0] - p[1][0]);
+    q.orientation[2] = o;
+    q.along_scale2 = 1;
     for (unsigned i = 0; i < 4; ++i) {
       const double z = q.normal[i][2];
-      q.jacobian[i] = z;
-      q.reflex[i] = orientation > 0 ? z < 0 : orientation < 0 && z > 0;
+      q.along[i] = z;
+      q.reflex[i] = ((o > 0) & (z < 0)) | ((o < 0) & (z > 0));
     }
   } else {
-    vector_fixed<double, 3> n = quadrangle_normal(p[0], p[1], p[2], p[3]);
-    const double n2 = n.v[0] * n.v[0] + n.v[1] * n.v[1] + n.v[2] * n.v[2];
-    if (n2 != 0 && n2 != 1) {
-      const double r = 1 / std::sqrt(n2);
-      n.v[0] *= r;
-      n.v[1] *= r;
-      n.v[2] *= r;
-    }
+    const vector_fixed<double, 3> o = quadrangle_normal(p[0], p[1], p[2], p[3]);
+    for (unsigned k = 0; k < 3; ++k)
+      q.orientation[k] = o.v[k];
+    q.along_scale2 = primitive_detail::dot3(o.v, o.v);
     for (unsigned i = 0; i < 4; ++i) {
-      const double* c = q.normal[i];
-      q.jacobian[i] = c[0] * n.v[0] + c[1] * n.v[1] + c[2] * n.v[2];
-      q.reflex[i] = q.jacobian[i] < 0;
+      q.along[i] = primitive_detail::dot3(q.normal[i], o.v);
+      q.reflex[i] = q.along[i] < 0;
     }
   }
 }
 
-/// x >= k * sqrt(l2), decided without the root; `k2` is k * k.
+/// x >= k * sqrt(l2), decided without the root; `k2` is k * k. The sign of
+/// x near a right angle is a coin toss, so both sides of each test are
+/// evaluated and combined bitwise rather than branched on.
 inline bool at_least(double x, double k, double k2, double l2) noexcept {
-  return k <= 0 ? (x >= 0 || x * x <= k2 * l2) : (x > 0 && x * x >= k2 * l2);
+  const double square = x * x, bound = k2 * l2;
+  return k <= 0 ? (x >= 0) | (square <= bound) : (x > 0) & (square >= bound);
 }
 
 /// Products of squared lengths in this range can be squared again without
 /// leaving the normal doubles, so the fast bounds keep their precision.
-inline bool squarable(double l2) noexcept { return l2 >= 1e-200 && l2 <= 1e200; }
+inline bool squarable(double l2) noexcept { return (l2 >= 1e-200) & (l2 <= 1e200); }
 
 /// The fast form: true only when every active test surely passes. False
 /// means "ask `fails_exactly`", not "fails".
 template <unsigned D> inline bool surely_passes(const split_thresholds& t, const quadrangle_frame<D>& q) noexcept {
   bool ok = true;
+  double corner2[4]; // |u|^2 |w|^2 per corner
   for (unsigned i = 0; i < 4; ++i) {
-    const double l2 = q.length2[(i + 3) % 4] * q.length2[i];
+    const double l2 = corner2[i] = q.length2[(i + 3) % 4] * q.length2[i];
     ok &= squarable(l2);
-    if (t.jacobian) ok &= at_least(q.jacobian[i], t.jacobian_k, t.jacobian_k2, l2);
+    if (t.jacobian) {
+      const double scaled2 = l2 * q.along_scale2;
+      ok &= squarable(scaled2) & at_least(q.along[i], t.jacobian_k, t.jacobian_k2, scaled2);
+    }
     if (t.angle)
-      ok &= t.angle_below_pi ? !q.reflex[i] && at_least(q.dot[i], t.angle_k, t.angle_k2, l2)
-                             : !q.reflex[i] || at_least(-q.dot[i], t.angle_k, t.angle_k2, l2);
+      ok &= t.angle_below_pi ? !q.reflex[i] & at_least(q.dot[i], t.angle_k, t.angle_k2, l2)
+                             : !q.reflex[i] | at_least(-q.dot[i], t.angle_k, t.angle_k2, l2);
   }
   if constexpr (D == 3) {
     if (!t.warp) return ok;
-    // The two triangles along each diagonal, as the exact form takes them.
+    // The triangles along diagonal 0-2 have the normals of corners 1 and 3,
+    // those along 1-3 the normals of corners 0 and 2. The exact form takes
+    // them from `triangle_normal`, which rounds differently; a normal of at
+    // least a thousandth of its corner's |u| |w| keeps that difference some
+    // 1e-13 of the fold's cosine, well inside the margin.
+    using primitive_detail::dot3;
+    double n2[4];
+    for (unsigned i = 0; i < 4; ++i) {
+      n2[i] = dot3(q.normal[i], q.normal[i]);
+      ok &= n2[i] >= 1e-6 * corner2[i];
+    }
     for (unsigned s = 0; s < 2; ++s) {
-      const vector_fixed<double, 3> n1 = triangle_normal(q.p[s], q.p[s + 1], q.p[s + 2]);
-      const vector_fixed<double, 3> n2 = triangle_normal(q.p[s + 2], q.p[(s + 3) % 4], q.p[s]);
-      const double l2 = primitive_detail::dot3(n1.v, n1.v) * primitive_detail::dot3(n2.v, n2.v);
-      ok &= squarable(l2) && at_least(primitive_detail::dot3(n1.v, n2.v), t.warp_k, t.warp_k2, l2);
+      const double l2 = n2[s] * n2[s + 2];
+      ok &= squarable(l2) & at_least(dot3(q.normal[s], q.normal[s + 2]), t.warp_k, t.warp_k2, l2);
     }
   }
   return ok;
@@ -144,11 +165,14 @@ template <unsigned D> inline bool surely_passes(const split_thresholds& t, const
 
 /// The exact form, which defines the answer: true when an active test fails.
 /// - Corner angle: atan2(|u x w|, u . w), from 0 to pi, or 2 pi minus that at
-///   a reflex corner; fails above `max_angle`.
-/// - Warp: per diagonal, the angle between the normals of its two triangles,
-///   atan2(|n1 x n2|, n1 . n2); fails above `max_warp`.
-/// - Scaled Jacobian: the Jacobian numerator over the product of the two edge
-///   lengths, 0 when one of them is 0; fails below `min_jacobian`.
+///   a reflex corner, 0 at a corner with an edge of zero length; fails above
+///   `max_angle`.
+/// - Warp: per diagonal, the angle between the `triangle_normal`s of its two
+///   triangles, atan2(|n1 x n2|, n1 . n2), 0 when one of them is the zero
+///   vector; fails above `max_warp`.
+/// - Scaled Jacobian: the corner normal's z part in the plane, its component
+///   along the normalised orientation in space, over the product of the two
+///   edge lengths; 0 when one of them is 0. Fails below `min_jacobian`.
 /// A NaN measure compares false and so fails nothing.
 template <unsigned D> bool fails_exactly(const split_thresholds& t, const quadrangle_frame<D>& q) noexcept;
 

@@ -167,10 +167,10 @@ TEST(OptimisedSplit, CandidatesRestrictTheWorkAndSplitMayAliasThem) {
 }
 
 TEST(OptimisedSplit, StatusesInOrderLeaveEverythingAsItWas) {
-  const auto x = coords({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
+  const auto x = coords({{0, 0}, {1, 0}, {1.2, 1}, {0, 1}}); // fails min_jacobian 1
   const dense2D<double> bad_x(4, 4, 0.0);
   const auto good = conn({{0, 1, 2, 3}});
-  const auto one = ids({0});
+  const dense1D<unsigned, 8> all;
   auto split = ids({7});
   dense2D<unsigned> empty(4, 0);
   EXPECT_EQ(split_Q4_into_T3(bad_x, off, off, 1.0, 9, ids({5}), split, empty), 0);
@@ -187,6 +187,9 @@ TEST(OptimisedSplit, StatusesInOrderLeaveEverythingAsItWas) {
                        {x, conn({{0, 1, 2, 4}}), 9, ids({5}), -8},
                        {x, conn({{0, 1, 2}}), 9, ids({5}), -8},
                        {x, conn({{0, 1, N, 3}}), 9, ids({5}), -8},
+                       // Checked while reading, after a failing quadrangle.
+                       {x, conn({{0, 1, 2, 3}, {0, 1, 2, 4}}), 0, all, -8},
+                       {x, conn({{0, 1, 2, 3}, {0, 4, 2, N}}), 1, all, -8},
                        {x, good, 9, ids({5}), -5},
                        {x, good, 1, ids({0, 1}), -6}};
   for (const row& r : table) {
@@ -194,6 +197,9 @@ TEST(OptimisedSplit, StatusesInOrderLeaveEverythingAsItWas) {
     EXPECT_EQ(split_Q4_into_T3(r.coords, off, off, 1.0, r.diagonal, r.candidates, split, c), r.status);
     EXPECT_EQ(as_columns(c), as_columns(r.conn));
     EXPECT_EQ(as_vector(split), ids_t{7});
+    // Exhausted memory does not hide a bad argument.
+    fail_during(
+        0, [&] { EXPECT_EQ(split_Q4_into_T3(r.coords, off, off, 1.0, r.diagonal, r.candidates, split, c), r.status); });
   }
 
   const auto mesh = make_random_mesh(4, 5, 0.6);
@@ -221,7 +227,14 @@ TEST(OptimisedSplit, FastFormNeverPassesWhatTheExactFormFails) {
   auto check = [&](auto dim) {
     constexpr unsigned D = decltype(dim)::value;
     unsigned disagreements = 0, exact_failures = 0, fast_passes = 0;
-    for (unsigned trial = 0; trial < 20000; ++trial) {
+    auto probe = [&](const quadrangle_frame<D>& q, const split_thresholds& t) {
+      const bool fails = fails_exactly<D>(t, q), passes = surely_passes<D>(t, q);
+      exact_failures += fails;
+      fast_passes += passes;
+      disagreements += fails && passes;
+      return fails;
+    };
+    for (unsigned trial = 0; trial < 6000; ++trial) {
       // A square moved by up to 0.6 of its side, often into concave or
       // inverted shapes, and now and then a corner dropped onto another.
       double pts[4][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
@@ -230,14 +243,22 @@ TEST(OptimisedSplit, FastFormNeverPassesWhatTheExactFormFails) {
           p[k] += 0.6 * u(rng);
       if (trial % 50 == 0) std::copy(pts[1], pts[1] + 3, pts[2]);
       const double* const p[4] = {pts[0], pts[1], pts[2], pts[3]};
-      const split_thresholds t = make_split_thresholds(2 * pi * unit(rng), pi * unit(rng), 2 * unit(rng) - 1, D);
       quadrangle_frame<D> q;
       measure_quadrangle<D>(p, q);
-      const bool fails = fails_exactly<D>(t, q);
-      exact_failures += fails;
-      const bool passes = surely_passes<D>(t, q);
-      fast_passes += passes;
-      disagreements += fails && passes;
+      probe(q, make_split_thresholds(2 * pi * unit(rng), pi * unit(rng), 2 * unit(rng) - 1, D));
+      // One test alone, at the limit where the exact form flips (found by
+      // bisection) and a hair either side of it.
+      const unsigned which = trial % (D == 3 ? 3 : 2);
+      auto alone = [&](double v) {
+        return make_split_thresholds(which == 0 ? v : 0, which == 2 ? v : 0, which == 1 ? v : -1, D);
+      };
+      double lo = which == 1 ? -1 : 0, hi = which == 0 ? 2 * pi : which == 1 ? 1 : pi;
+      for (unsigned step = 0; step < 64; ++step) {
+        const double mid = (lo + hi) / 2;
+        ((which == 1) == probe(q, alone(mid)) ? hi : lo) = mid;
+      }
+      for (double d : {-1e-9, -1e-12, 0.0, 1e-12, 1e-9})
+        probe(q, alone(lo + d));
     }
     EXPECT_EQ(disagreements, 0u);
     EXPECT_GT(exact_failures, 1000u);
