@@ -139,7 +139,12 @@ TESSKIT2D_EXPORT int split_Q4_into_T3(const dense2D<double>& coords, const dense
 /// first (the first of two equal ones), under both rules:
 /// - 0: exactly as the form of `split_Q4_into_T3` above: the cut whose worse
 ///   triangle has the better triangle quality, b-d only when it wins by more
-///   than 1e-12. Both forms cut a given quadrangle the same way.
+///   than 1e-12. Both forms cut a given quadrangle the same way. In the
+///   plane an inverted triangle has a negative quality, so a concave
+///   quadrangle is cut through its reflex corner. In space the quality has no
+///   sign, and a concave quadrangle may be cut along its outer diagonal,
+///   leaving two overlapping triangles, one of them turned over, exactly as
+///   the form above would cut it.
 /// - 1: the shorter diagonal, compared by squared length without margin; an
 ///   exact tie goes to a-c. In the plane a cut that would leave a triangle of
 ///   zero or negative signed area is not taken when the other cut leaves two
