@@ -126,9 +126,9 @@ TESSKIT2D_EXPORT int split_Q4_into_T3(const dense2D<double>& coords, const dense
 /// - Thresholds are strict: an angle or warp equal to its limit passes, and
 ///   so does a Jacobian equal to its limit. A square passes `max_angle` of
 ///   pi / 2 and `min_jacobian` of 1.
-/// - A corner with an edge of zero length has an angle of 0 and folds with
-///   such a triangle count 0: a collapsed quadrangle is caught by the
-///   Jacobian test, which gives it 0.
+/// - A corner with an edge of zero length has an angle of 0, and a fold
+///   next to a flat triangle (one without a normal) counts 0: a collapsed
+///   quadrangle is left to the Jacobian test, which gives it 0.
 /// - A quadrangle without orientation (parallel diagonals, as in a bow tie)
 ///   has no reflex corner.
 /// - A NaN coordinate makes the measures it enters NaN, and a NaN compares
@@ -163,7 +163,7 @@ TESSKIT2D_EXPORT int split_Q4_into_T3(const dense2D<double>& coords, const dense
 ///    unchanged and `split` emptied.
 /// - -1 `coords` has neither 2 nor 3 rows.
 /// - -8 `conn` has not 4 rows, or holds an ID that is not a node (`null_id`
-///   is allowed in row 3 only).
+///   is allowed in row 3 only), in any column, listed in `candidates` or not.
 /// - -5 `diagonal` is neither 0 nor 1.
 /// - -6 `candidates` holds an ID that is not a column of `conn`.
 /// - -199 memory ran out.
