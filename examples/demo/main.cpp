@@ -10,6 +10,7 @@ int main() {
   std::printf("tesskit2d %s demo\n", kelm::tesskit2d::version());
   demo::linear_reduction_steps();
   demo::conversion_steps();
+  demo::optimised_split_steps();
   demo::measures_steps();
   demo::orientation_steps();
   demo::surface_steps();

@@ -5,6 +5,7 @@ namespace demo {
 
 void linear_reduction_steps();
 void conversion_steps();
+void optimised_split_steps();
 void measures_steps();
 void orientation_steps();
 void surface_steps();

@@ -1,6 +1,4 @@
-#include <algorithm>
-
-#include "conversion/triangle_quality.h"
+#include "conversion/quadrangle_cut.h"
 #include "foundation/column_append.h"
 #include "foundation/element_conventions.h"
 #include "foundation/separate_input.h"
@@ -28,21 +26,10 @@ int split_Q4_into_T3(const dense2D<double>& coords, const dense2D<unsigned>& giv
       push_column<3>(out_conn, {c[0], c[1], c[2]});
       continue;
     }
-    // Starting from the smallest ID makes the cut a property of the corners,
-    // not of the column's first row, so two columns holding the same
-    // quadrangle are cut alike.
-    const unsigned k = static_cast<unsigned>(std::min_element(c, c + 4) - c);
-    const unsigned a = c[k], b = c[(k + 1) % 4], cc = c[(k + 2) % 4], d = c[(k + 3) % 4];
-    const double cut_ac = std::min(triangle_quality(coords, a, b, cc), triangle_quality(coords, cc, d, a));
-    const double cut_bd = std::min(triangle_quality(coords, b, cc, d), triangle_quality(coords, d, a, b));
-    // The margin lets the cut through the smallest ID win near-ties.
-    if (cut_ac <= cut_bd - 1e-12) {
-      push_column<3>(out_conn, {b, cc, d});
-      push_column<3>(out_conn, {d, a, b});
-    } else {
-      push_column<3>(out_conn, {a, b, cc});
-      push_column<3>(out_conn, {cc, d, a});
-    }
+    const rotated_quadrangle q = smallest_first(c);
+    const triangle_pair pair = cut_along(q, better_cut_is_bd(coords, q));
+    push_column<3>(out_conn, pair.first);
+    push_column<3>(out_conn, pair.second);
     ++split;
   }
   return split;
