@@ -50,6 +50,28 @@ void write_located(const dense2D<double>& coords, const dense2D<unsigned>& conn,
   }
 }
 
+// Targets go through in blocks. The quick searches of a block are
+// independent of each other and of the walks, so they run first, their
+// descents stepped in turns: while one target's next cell comes from
+// memory, the others' are read. The cells, nodes and start elements that
+// the block will need are asked for ahead in the same way. The walks then
+// run one target after the other, in the order of `target_nodes`, as the
+// edge picker's draws must; the start element each one takes is the one
+// that the quick search inside `locate` would have given.
+constexpr unsigned block = 16;
+
+inline void prefetch(const void* p) noexcept { __builtin_prefetch(p); }
+
+struct pending {
+  unsigned node;  // null_id when the entry is no target
+  unsigned start; // the walk's first element, or null_id for no walk
+  bool descending;
+  bool searched; // the descent reached its leaf
+  double point[2];
+  unsigned grid[2];
+  node_quadtree::descent at;
+};
+
 // One driver per element kind. Only the dense1D overload fills the tree;
 // with an empty tree every target fails to be located and has no nearest
 // node, so the other overload writes nothing.
@@ -59,27 +81,98 @@ int drive(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const
           bool fill) noexcept {
   point_locator locator(coords, bg_conn, neighbours, ancestors);
   edge_picker picker;
+  node_quadtree& tree = locator.tree;
   if (fill) {
-    locator.tree.fill_from_mesh<Kind>(bg_conn);
-    if (locator.tree.out_of_memory) return status::out_of_memory;
+    tree.fill_from_mesh<Kind>(bg_conn);
+    if (tree.out_of_memory) return status::out_of_memory;
   }
-  for (unsigned i = 0; i < target_nodes.size; ++i) {
-    const unsigned n = target_nodes[i];
-    if (ancestors[n] != null_id) continue;
-    const double point[2] = {coords(0, n), coords(1, n)};
-    unsigned e = null_id;
-    if (locator.locate<Kind>(point, e, walk_tolerance, true, picker)) {
-      write_located<Kind>(coords, bg_conn, field, e, point, field.at(n));
-      continue;
+  const bool searchable = tree.n_points != 0 && tree.cells.cols >= 4;
+  const unsigned n_targets = target_nodes.size, n_elements = bg_conn.cols;
+  pending queue[block];
+  for (unsigned first = 0; first < n_targets; first += block) {
+    const unsigned count = n_targets - first < block ? n_targets - first : block;
+    for (unsigned k = first + block; k < first + 2 * block && k < n_targets; ++k) {
+      prefetch(coords.column(target_nodes[k]));
+      prefetch(ancestors.begin() + target_nodes[k]);
     }
-    if (locator.out_of_memory) return status::out_of_memory;
-    double d2 = max_double;
-    const unsigned nearest = locator.tree.nearest_node(point, d2, ancestors);
-    if (nearest == null_id) continue;
-    const double* from = field.at(nearest);
-    double* to = field.at(n);
-    for (unsigned r = 0; r < field.rows(); ++r)
-      to[r] = from[r];
+
+    unsigned descending = 0;
+    for (unsigned k = 0; k < count; ++k) {
+      pending& q = queue[k];
+      q.node = target_nodes[first + k];
+      q.start = null_id;
+      q.descending = q.searched = false;
+      if (ancestors[q.node] != null_id) {
+        q.node = null_id;
+        continue;
+      }
+      q.point[0] = coords(0, q.node);
+      q.point[1] = coords(1, q.node);
+      if (!searchable || !tree.in_box(q.point)) continue;
+      tree.to_grid(q.point, q.grid);
+      q.at = node_quadtree::descent();
+      q.descending = true;
+      ++descending;
+    }
+    while (descending != 0) {
+      descending = 0;
+      for (unsigned k = 0; k < count; ++k) {
+        pending& q = queue[k];
+        if (!q.descending) continue;
+        if (tree.descend(q.at, q.grid)) {
+          prefetch(tree.cell_at(q.at.cell));
+          ++descending;
+        } else {
+          q.descending = false;
+          q.searched = true;
+        }
+      }
+    }
+    for (unsigned k = 0; k < count; ++k)
+      if (queue[k].searched) {
+        const unsigned* leaf = tree.cell_at(queue[k].at.cell);
+        for (unsigned r = 1; r <= leaf[0]; ++r) {
+          prefetch(coords.column(leaf[r]));
+          prefetch(ancestors.begin() + leaf[r]);
+        }
+      }
+    for (unsigned k = 0; k < count; ++k) {
+      pending& q = queue[k];
+      if (!q.searched) continue;
+      unsigned best, range_min[2], range_max[2];
+      bool done;
+      double d2 = max_double;
+      tree.finish_candidate(q.at, q.point, d2, best, q.grid, range_min, range_max, done, ancestors);
+      q.start = best == null_id ? null_id : ancestors[best];
+      if (q.start < n_elements) {
+        prefetch(bg_conn.column(q.start));
+        prefetch(neighbours.column(q.start));
+      }
+    }
+    for (unsigned k = 0; k < count; ++k)
+      if (queue[k].node != null_id && queue[k].start < n_elements) {
+        const unsigned* nodes = bg_conn.column(queue[k].start);
+        for (unsigned r = 0; r < element_sides<Kind>(nodes); ++r)
+          prefetch(coords.column(nodes[r]));
+      }
+
+    for (unsigned k = 0; k < count; ++k) {
+      pending& q = queue[k];
+      if (q.node == null_id) continue;
+      unsigned e = q.start;
+      if (e != null_id && locator.locate<Kind>(q.point, e, walk_tolerance, true, picker)) {
+        write_located<Kind>(coords, bg_conn, field, e, q.point, field.at(q.node));
+        continue;
+      }
+      if (locator.out_of_memory) return status::out_of_memory;
+      double d2 = max_double;
+      const unsigned nearest = tree.nearest_node(q.point, d2, ancestors);
+      if (nearest == null_id) continue;
+      const double* from = field.at(nearest);
+      double* to = field.at(q.node);
+      for (unsigned r = 0; r < field.rows(); ++r)
+        to[r] = from[r];
+    }
   }
   return status::ok;
 }
