@@ -196,6 +196,11 @@ template <unsigned Rows, bool Mixed> unsigned node_quadtree::fill_from_rows(cons
     }
   }
   set_box(lo, hi);
+  // About 1.2 cells per node on evenly spread nodes: room for that up front
+  // spares the copies of a doubling array. Clustered nodes may need more,
+  // and then the doubling takes over.
+  const std::uint64_t expected = 4 + std::uint64_t(n) + n / 4;
+  if (expected < 0xFFFFFFFFu / 4) cells.reserve(4, static_cast<unsigned>(expected));
   unsigned stored = 0;
   for (unsigned k = 0; k < n && !out_of_memory; ++k)
     stored += insert_node(list[k]);
