@@ -16,5 +16,6 @@ int main() {
   demo::surface_steps();
   demo::extrusion_steps();
   demo::structured_steps();
+  demo::interpolation_steps();
   return 0;
 }

@@ -12,5 +12,6 @@ void surface_steps();
 
 void extrusion_steps();
 void structured_steps();
+void interpolation_steps();
 
 } // namespace demo
