@@ -6,6 +6,7 @@
 #include "tesskit2d/mesh.h"
 #include "tesskit2d/version.h"
 
+#include "tesskit2d/curvature.h"
 #include "tesskit2d/degenerate.h"
 #include "tesskit2d/extrusion.h"
 #include "tesskit2d/geometric_split.h"
