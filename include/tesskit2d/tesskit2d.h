@@ -13,5 +13,6 @@
 #include "tesskit2d/high_order.h"
 #include "tesskit2d/linear_reduction.h"
 #include "tesskit2d/measures.h"
+#include "tesskit2d/metrics.h"
 #include "tesskit2d/orientation.h"
 #include "tesskit2d/structured.h"
