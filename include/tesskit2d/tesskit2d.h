@@ -13,6 +13,7 @@
 #include "tesskit2d/high_order.h"
 #include "tesskit2d/linear_reduction.h"
 #include "tesskit2d/measures.h"
+#include "tesskit2d/metric_generation.h"
 #include "tesskit2d/metrics.h"
 #include "tesskit2d/orientation.h"
 #include "tesskit2d/structured.h"
