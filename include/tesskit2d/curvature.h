@@ -152,9 +152,12 @@ TESSKIT2D_EXPORT int parametric_curvatures(const dense2D<double>& uv, const dens
 ///   `curvatures` empty.
 ///
 /// Cost: per node, in proportion to its patch; the working arrays are made
-/// once per call and reused for every node. When memory allows, the normal
-/// of every element is computed once per call (24 bytes per element);
-/// otherwise each is recomputed where it is needed, with the same result.
+/// once per call and reused for every node. When memory allows, the normal,
+/// area and centroid of every element and the dihedral angle of every inner
+/// edge are computed once per call (80 bytes per element); otherwise each
+/// is recomputed where it is needed, with the same result. On a geodesic
+/// sphere of 2 million triangles, with patches of two edge lengths, about
+/// 2 us per node on one core, a fifth of it in LAPACK's dspev.
 TESSKIT2D_EXPORT int principal_curvatures(const dense2D<double>& coords, const dense2D<unsigned>& conn,
                                           const dense2D<unsigned>& neighbours, double radius, double max_angle,
                                           unsigned max_elements, const dense2D<unsigned>& hard_edges,

@@ -29,67 +29,172 @@ inline double dot(const vec3& a, const vec3& b) noexcept { return a[0] * b[0] + 
 struct patch_walker {
   patch_walker(const dense2D<double>& xyz, const dense2D<unsigned>& elements, const dense2D<unsigned>& across,
                const edge_set& hard, double radius2, double cosine, unsigned most, stamped_set& marks) noexcept
-      : coords(xyz), conn(elements), neighbours(across), hard_set(hard), r2(radius2), c(cosine), max_elements(most),
-        stamps(marks) {}
+      : hard_set(hard), r2(radius2), c(cosine), max_elements(most), stamps(marks), nodes_at(xyz.column(0)),
+        nodes_ld(xyz.ld), elements_at(elements.column(0)), elements_ld(elements.ld), across_at(across.column(0)),
+        across_ld(across.ld), n_elements(elements.cols) {}
 
-  const dense2D<double>& coords;
-  const dense2D<unsigned>& conn;
-  const dense2D<unsigned>& neighbours;
   const edge_set& hard_set;
   double r2;
   double c;
   unsigned max_elements;
   stamped_set& stamps;
 
+  // The arrays as plain pointers and strides: the inputs do not change
+  // during a call, and the marks and the patch, being unsigned, would
+  // otherwise make the compiler read the views' unsigned fields afresh after
+  // every store.
+  const double* nodes_at;
+  unsigned nodes_ld;
+  const unsigned* elements_at;
+  unsigned elements_ld;
+  const unsigned* across_at;
+  unsigned across_ld;
+  unsigned n_elements;
+
+  const double* node(unsigned p) const noexcept { return nodes_at + std::size_t(p) * nodes_ld; }
+  const unsigned* element(unsigned e) const noexcept { return elements_at + std::size_t(e) * elements_ld; }
+
   dense1D<unsigned> patch;
-  // Element normals computed once for the whole mesh when memory allows;
-  // otherwise each one is recomputed where it is needed, with the same value.
-  dense1D<double> normal_cache;
-  bool cached = false;
+
+  // What every patch round an element asks of it again: its normal and, per
+  // slot whose neighbour is not above it, the edge's signed dihedral angle.
+  // An inner edge lies in the patches of some thirty nodes, so computing
+  // these once per call, with the area and the centroid, spares most of the
+  // work when memory allows (80 bytes per element); without the memory each
+  // value is recomputed where it is needed, and is the same.
+  struct element_facts {
+    double normal[3];
+    double length; // of the normal: twice the element's area
+    double beta[3];
+    double centroid[3];
+  };
+  dense1D<double> fact_store;
+  const element_facts* facts = nullptr;
+
+  void gather_facts() noexcept;
 
   vec3 normal(unsigned e) const noexcept {
-    if (cached) {
-      const double* n = normal_cache.begin() + 3 * std::size_t(e);
+    if (facts) {
+      const double* n = facts[e].normal;
       return {{n[0], n[1], n[2]}};
     }
-    return triangle_normal(coords, conn.column(e));
+    const unsigned* c = element(e);
+    return triangle_normal(node(c[0]), node(c[1]), node(c[2]));
+  }
+
+  // The mean of the corners, with the factor 1/3 rounded to a double.
+  void centroid(unsigned e, double g[3]) const noexcept {
+    if (facts) {
+      for (unsigned i = 0; i < 3; ++i)
+        g[i] = facts[e].centroid[i];
+      return;
+    }
+    const unsigned* n = element(e);
+    const double *p0 = node(n[0]), *p1 = node(n[1]), *p2 = node(n[2]);
+    for (unsigned i = 0; i < 3; ++i)
+      g[i] = (p0[i] + p1[i] + p2[i]) * 0.3333333333333333;
+  }
+
+  double length(unsigned e, const vec3& n) const noexcept { return facts ? facts[e].length : std::sqrt(dot(n, n)); }
+
+  // The unit direction `v` and length `l` of the edge of slot `t` of `e`,
+  // from corner t + 1 to corner t + 2. A vector of squared length 0 or
+  // exactly 1 stays as it is, with that squared length as its length.
+  void edge_of(unsigned e, unsigned t, double v[3], double& l) const noexcept {
+    const unsigned* ce = element(e);
+    const double *a = node(ce[(t + 1) % 3]), *b = node(ce[(t + 2) % 3]);
+    v[0] = b[0] - a[0], v[1] = b[1] - a[1], v[2] = b[2] - a[2];
+    l = normalise(v);
+    if (l != 0.0 && l != 1.0) l = std::sqrt(l);
+  }
+
+  // The signed angle between the normals `n` of an element and `nm` of its
+  // neighbour across the edge of unit direction `v`: atan2 of its sine and
+  // cosine, whose common factor |n| |nm| cancels in the quotient.
+  static double dihedral(const vec3& n, const vec3& nm, const double v[3]) noexcept {
+    const double sine =
+        (n[1] * v[2] - n[2] * v[1]) * nm[0] + (n[2] * v[0] - n[0] * v[2]) * nm[1] + (n[0] * v[1] - n[1] * v[0]) * nm[2];
+    return std::atan2(sine, dot(n, nm));
   }
 
   // The element across slot `t` of `e`, or `null_id` when the entry is at or
   // above the element count, which means none.
   unsigned neighbour(unsigned e, unsigned t) const noexcept {
-    const unsigned m = neighbours(t, e);
-    return m < conn.cols ? m : null_id;
+    const unsigned m = across_at[std::size_t(e) * across_ld + t];
+    return m < n_elements ? m : null_id;
   }
 
   void gather_patch(const double* x, unsigned seed) noexcept;
   void patch_curvature(double out[8]) noexcept;
 };
 
+void patch_walker::gather_facts() noexcept {
+  constexpr unsigned per_element = sizeof(element_facts) / sizeof(double);
+  if (std::uint64_t(n_elements) * per_element > 0xFFFFFFFFu || !fact_store.resize(n_elements * per_element)) return;
+  element_facts* f = reinterpret_cast<element_facts*>(fact_store.begin());
+  for (unsigned e = 0; e < n_elements; ++e) {
+    const vec3 n = normal(e);
+    for (unsigned i = 0; i < 3; ++i)
+      f[e].normal[i] = n[i];
+    f[e].length = std::sqrt(dot(n, n));
+    centroid(e, f[e].centroid);
+  }
+  for (unsigned e = 0; e < n_elements; ++e)
+    for (unsigned t = 0; t < 3; ++t) {
+      const unsigned m = neighbour(e, t);
+      f[e].beta[t] = 0.0;
+      if (m == null_id || m > e) continue;
+      double v[3], l;
+      edge_of(e, t, v, l);
+      const double* nm = f[m].normal;
+      f[e].beta[t] = dihedral({{f[e].normal[0], f[e].normal[1], f[e].normal[2]}}, {{nm[0], nm[1], nm[2]}}, v);
+    }
+  facts = f;
+}
+
 // Grows the patch of node `x` outward from `seed`, breadth first. Every
 // element met is marked at once, also when it is refused, so that a refused
 // element cannot come back into the same patch from another side.
 void patch_walker::gather_patch(const double* x, unsigned seed) noexcept {
   stamps.clear();
-  stamps.insert(seed);
-  patch.size = 0;
-  patch.push_back(seed);
+  unsigned* const mark = stamps.marks.begin();
+  const unsigned stamp = stamps.stamp;
+  mark[seed] = stamp;
+
+  // The patch is written through a local pointer, refreshed whenever it has
+  // to grow. An element that it cannot hold for lack of memory is left out.
+  unsigned* in_patch = patch.begin();
+  unsigned size = 0, room = patch.buffer->capacity - patch.offset;
+  const auto append = [&](unsigned e) {
+    if (size == room) {
+      patch.size = size;
+      if (!patch.push_back(e)) return;
+      in_patch = patch.begin();
+      room = patch.buffer->capacity - patch.offset;
+      ++size;
+      return;
+    }
+    in_patch[size++] = e;
+  };
+  append(seed);
 
   // Comparing squared cosines keeps the angle test free of square roots; the
   // sign carried over from the cosine keeps angles beyond a right angle
   // apart from those below it.
   const double c2 = c < 0 ? -(c * c) : c * c;
-  const bool angle_test = c > -1.0;
+  const bool angle_test = c > -1.0, hard = hard_set.n_live != 0;
+  const double radius2 = r2;
+  const unsigned most = max_elements;
 
   // Every candidate of an expansion carries the same key, the squared
   // distance from the node to the seed's centroid, so the sort of each
   // expansion comes down to ascending element index.
   const auto centroid_distance2 = [&](unsigned e) {
-    const unsigned* n = conn.column(e);
-    const double *p0 = coords.column(n[0]), *p1 = coords.column(n[1]), *p2 = coords.column(n[2]);
+    double g[3];
+    centroid(e, g);
     double s = 0;
     for (unsigned i = 0; i < 3; ++i) {
-      const double d = (p0[i] + p1[i] + p2[i]) * 0.3333333333333333 - x[i];
+      const double d = g[i] - x[i];
       s += d * d;
     }
     return s;
@@ -103,20 +208,22 @@ void patch_walker::gather_patch(const double* x, unsigned seed) noexcept {
     return a.key < b.key || (a.key == b.key && a.element < b.element);
   };
 
-  for (unsigned k = 0; k < patch.size; ++k) {
-    if (patch.size >= max_elements || r2 <= 0) break;
-    const unsigned e = patch[k];
-    const unsigned* ce = conn.column(e);
+  for (unsigned k = 0; k < size; ++k) {
+    if (size >= most || radius2 <= 0) break;
+    const unsigned e = in_patch[k];
     const vec3 n = normal(e);
     const double nn = dot(n, n);
     candidate accepted[3];
     unsigned n_accepted = 0;
     for (unsigned t = 0; t < 3; ++t) {
       const unsigned m = neighbour(e, t);
-      if (m == null_id || stamps.contains(m)) continue;
-      stamps.insert(m);
-      if (centroid_distance2(m) > r2) continue;
-      if (hard_set.n_live != 0 && hard_set.find(edge2(ce[(t + 1) % 3], ce[(t + 2) % 3])) != hard_set.end()) continue;
+      if (m == null_id || mark[m] == stamp) continue;
+      mark[m] = stamp;
+      if (centroid_distance2(m) > radius2) continue;
+      if (hard) {
+        const unsigned* ce = element(e);
+        if (hard_set.find(edge2(ce[(t + 1) % 3], ce[(t + 2) % 3])) != hard_set.end()) continue;
+      }
       if (angle_test) {
         const vec3 nm = normal(m);
         const double d = dot(n, nm);
@@ -130,10 +237,10 @@ void patch_walker::gather_patch(const double* x, unsigned seed) noexcept {
         accepted[at] = accepted[at - 1];
       accepted[at] = cand;
     }
-    // An element that the patch cannot hold for lack of memory is left out.
     for (unsigned i = 0; i < n_accepted; ++i)
-      patch.push_back(accepted[i].element);
+      append(accepted[i].element);
   }
+  patch.size = size;
 }
 
 // The edge curvature tensor of the patch: every edge between two elements of
@@ -149,14 +256,17 @@ void patch_walker::patch_curvature(double out[8]) noexcept {
   double area2 = 0.0;
   vec3 seed_normal{{0, 0, 0}};
   stamps.clear();
-  for (unsigned k = 0; k < patch.size; ++k)
-    stamps.insert(patch[k]);
+  unsigned* const mark = stamps.marks.begin();
+  const unsigned stamp = stamps.stamp;
+  const unsigned* const in_patch = patch.begin();
+  const unsigned size = patch.size;
+  for (unsigned k = 0; k < size; ++k)
+    mark[in_patch[k]] = stamp;
 
-  for (unsigned k = 0; k < patch.size; ++k) {
-    const unsigned e = patch[k];
-    const unsigned* ce = conn.column(e);
+  for (unsigned k = 0; k < size; ++k) {
+    const unsigned e = in_patch[k];
     const vec3 n = normal(e);
-    const double l_e = std::sqrt(dot(n, n));
+    const double l_e = length(e, n);
     area2 += l_e;
     if (k == 0 && l_e != 0.0)
       for (unsigned i = 0; i < 3; ++i)
@@ -164,17 +274,10 @@ void patch_walker::patch_curvature(double out[8]) noexcept {
     for (unsigned s = 0; s < 3; ++s) {
       const unsigned m = neighbour(e, s);
       // Each inner edge once, from the side of its higher element.
-      if (m == null_id || m > e || !stamps.contains(m)) continue;
-      const vec3 nm = normal(m);
-      const double *a = coords.column(ce[(s + 1) % 3]), *b = coords.column(ce[(s + 2) % 3]);
-      double v[3] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
-      double l = normalise(v);
-      if (l != 0.0 && l != 1.0) l = std::sqrt(l);
-      // The signed dihedral angle: atan2 of the sine and cosine of the angle
-      // between the two raw normals, whose lengths cancel in the quotient.
-      const double sine = (n[1] * v[2] - n[2] * v[1]) * nm[0] + (n[2] * v[0] - n[0] * v[2]) * nm[1] +
-                          (n[0] * v[1] - n[1] * v[0]) * nm[2];
-      const double beta = std::atan2(sine, dot(n, nm));
+      if (m == null_id || m > e || mark[m] != stamp) continue;
+      double v[3], l;
+      edge_of(e, s, v, l);
+      const double beta = facts ? facts[e].beta[s] : dihedral(n, normal(m), v);
       if (beta * l == 0.0) continue;
       for (unsigned i = 0; i < 3; ++i)
         for (unsigned j = 0; j <= i; ++j)
@@ -261,16 +364,7 @@ int principal_curvatures(const dense2D<double>& coords, const dense2D<unsigned>&
   // the mesh, so this usually spares the patch any growth.
   const std::uint64_t patch_room = std::min<std::uint64_t>(std::uint64_t(max_elements) + 3, conn.cols);
   walker.patch.reserve(static_cast<unsigned>(patch_room));
-  if (std::uint64_t(conn.cols) * 3 <= 0xFFFFFFFFu && walker.normal_cache.resize(3 * conn.cols)) {
-    double* n = walker.normal_cache.begin();
-    for (unsigned e = 0; e < conn.cols; ++e, n += 3) {
-      const vec3 v = triangle_normal(coords, conn.column(e));
-      n[0] = v[0];
-      n[1] = v[1];
-      n[2] = v[2];
-    }
-    walker.cached = true;
-  }
+  walker.gather_facts();
 
   unsigned* seen = done.begin();
   for (unsigned s = 0; s < conn.cols; ++s) {
