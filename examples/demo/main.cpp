@@ -11,6 +11,7 @@ int main() {
   demo::linear_reduction_steps();
   demo::conversion_steps();
   demo::measures_steps();
+  demo::curvature_steps();
   demo::orientation_steps();
   demo::extrusion_steps();
   demo::structured_steps();

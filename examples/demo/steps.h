@@ -6,6 +6,7 @@ namespace demo {
 void linear_reduction_steps();
 void conversion_steps();
 void measures_steps();
+void curvature_steps();
 void orientation_steps();
 
 void extrusion_steps();
