@@ -21,25 +21,20 @@ struct graph {
   dense2D<unsigned> tri;
 };
 graph quadratic(double a, double b, double c, bool reverse = false, unsigned k = 6) {
-  graph g{dense2D<double>(2, (k + 1) * (k + 1)), dense2D<double>(6, (k + 1) * (k + 1)), {}};
-  std::vector<std::vector<unsigned>> cells;
-  for (unsigned j = 0; j <= k; ++j)
-    for (unsigned i = 0; i <= k; ++i) {
-      const unsigned id = j * (k + 1) + i;
-      const double u = 0.3 + (i + 0.2 * std::sin(7.0 * id)) / k, v = -0.2 + (j + 0.2 * std::cos(5.0 * id)) / k;
-      const double col[8] = {u, v, 1, 0, a * u + b * v, 0, 1, b * u + c * v};
-      for (unsigned r = 0; r < 8; ++r)
-        (r < 2 ? g.uv(r, id) : g.tangents(r - 2, id)) = col[r];
-      if (i < k && j < k) {
-        cells.push_back({id, id + 1, id + k + 2});
-        cells.push_back({id, id + k + 2, id + k + 1});
-        if (reverse) std::swap(cells[cells.size() - 2][1], cells[cells.size() - 2][2]);
-      }
-    }
-  g.tri = dense2D<unsigned>(3, static_cast<unsigned>(cells.size()));
-  for (unsigned e = 0; e < cells.size(); ++e)
-    for (unsigned r = 0; r < 3; ++r)
-      g.tri(r, e) = cells[e][r];
+  graph g{dense2D<double>(2, (k + 1) * (k + 1)), dense2D<double>(6, (k + 1) * (k + 1)),
+          dense2D<unsigned>(3, 2 * k * k)};
+  for (unsigned id = 0; id < g.uv.cols; ++id) {
+    const unsigned i = id % (k + 1), j = id / (k + 1);
+    const double u = 0.3 + (i + 0.2 * std::sin(7.0 * id)) / k, v = -0.2 + (j + 0.2 * std::cos(5.0 * id)) / k;
+    const double col[8] = {u, v, 1, 0, a * u + b * v, 0, 1, b * u + c * v};
+    for (unsigned r = 0; r < 8; ++r)
+      (r < 2 ? g.uv(r, id) : g.tangents(r - 2, id)) = col[r];
+  }
+  for (unsigned q = 0; q < k * k; ++q) {
+    const unsigned id = q + q / k, cells[6] = {id, id + 1, id + k + 2, id, id + k + 2, id + k + 1};
+    for (unsigned r = 0; r < 6; ++r)
+      g.tri(reverse && r % 3 ? 3 - r % 3 : r % 3, 2 * q + r / 3) = cells[r];
+  }
   return g;
 }
 
@@ -47,48 +42,41 @@ graph quadratic(double a, double b, double c, bool reverse = false, unsigned k =
 
 TEST(ParametricCurvatures, QuadraticGraphGivesMinusItsCoefficientsAtEveryInnerNode) {
   const double a = 0.7, b = -0.3, c = 1.9;
-  for (bool reverse : {false, true}) {
-    const graph g = quadratic(a, b, c, reverse);
-    dense2D<double> forms(3, 1, 5.0);
-    ASSERT_EQ(parametric_curvatures(strided(g.uv), strided(g.tri), strided(g.tangents), forms), 0);
-    ASSERT_EQ(forms.rows * forms.cols, 3 * g.uv.cols);
-    for (unsigned j = 1; j < 6; ++j)
-      for (unsigned i = 1; i < 6; ++i) {
-        // Exact on any closed ring: -Suu . n with n = (-zu, -zv, 1) / norm.
-        const double *t = g.tangents.column(j * 7 + i), *e = forms.column(j * 7 + i);
-        const double norm = std::sqrt(1 + t[2] * t[2] + t[5] * t[5]);
-        EXPECT_NEAR(e[0], -a / norm, 1e-12);
-        EXPECT_NEAR(e[1], -b / norm, 1e-12);
-        EXPECT_NEAR(e[2], -c / norm, 1e-12);
-      }
-  }
+  for (double scale : {1.0, 0.0}) // the graph, then a plane
+    for (bool reverse : {false, true}) {
+      const graph g = quadratic(scale * a, scale * b, scale * c, reverse);
+      dense2D<double> forms(3, 1, 5.0);
+      ASSERT_EQ(parametric_curvatures(strided(g.uv), strided(g.tri), strided(g.tangents), forms), 0);
+      ASSERT_EQ(forms.rows * forms.cols, 3 * g.uv.cols);
+      for (unsigned j = 1; j < 6; ++j)
+        for (unsigned i = 1; i < 6; ++i) {
+          // Exact on any closed ring: -Suu . n with n = (-zu, -zv, 1) / norm.
+          const double *t = g.tangents.column(j * 7 + i), *e = forms.column(j * 7 + i);
+          const double norm = std::sqrt(1 + t[2] * t[2] + t[5] * t[5]);
+          EXPECT_NEAR(e[0], -scale * a / norm, 1e-12);
+          EXPECT_NEAR(e[1], -scale * b / norm, 1e-12);
+          EXPECT_NEAR(e[2], -scale * c / norm, 1e-12);
+        }
+    }
 }
 
 TEST(ParametricCurvatures, NodesWithoutAnEstimateGetZeros) {
-  graph g = quadratic(0.7, -0.3, 1.9);
   // Node 49 is used by nobody; node 24 gets parallel tangents; an element
-  // whose corners meet at one point adds nothing anywhere.
+  // whose corners are node 49, placed on node 21, adds nothing anywhere.
+  graph g = quadratic(0.7, -0.3, 1.9);
   g.uv.resize(2, 50, 0.0);
   g.tangents.resize(6, 50, 1.0);
   for (unsigned r = 0; r < 3; ++r)
     g.tangents(r + 3, 24) = 2 * g.tangents(r, 24);
+  g.uv(0, 49) = g.uv(0, 21), g.uv(1, 49) = g.uv(1, 21);
+  dense2D<unsigned> more = deep(g.tri);
+  more.resize(3, more.cols + 1, 49u);
   dense2D<double> plain, flat;
   ASSERT_EQ(parametric_curvatures(g.uv, g.tri, g.tangents, plain), 0);
-  dense2D<unsigned> more = deep(g.tri);
-  more.resize(3, more.cols + 1);
-  more(0, more.cols - 1) = 21, more(1, more.cols - 1) = 49, more(2, more.cols - 1) = 49;
-  g.uv(0, 49) = g.uv(0, 21), g.uv(1, 49) = g.uv(1, 21);
   ASSERT_EQ(parametric_curvatures(g.uv, more, g.tangents, flat), 0);
   EXPECT_EQ(as_columns(flat), as_columns(plain));
   for (unsigned r = 0; r < 3; ++r)
     EXPECT_EQ(plain(r, 49) + plain(r, 24), 0.0);
-  // A plane: constant tangents.
-  for (unsigned j = 0; j < 50; ++j)
-    for (unsigned r = 0; r < 6; ++r)
-      g.tangents(r, j) = (const double[]){1, 0, 2, 0, 1, -1}[r];
-  ASSERT_EQ(parametric_curvatures(g.uv, g.tri, g.tangents, plain), 0);
-  for (unsigned j = 0; j < 50; ++j)
-    EXPECT_EQ(std::fabs(plain(0, j)) + std::fabs(plain(1, j)) + std::fabs(plain(2, j)), 0.0);
 }
 
 TEST(ParametricCurvatures, StatusesInCheckingOrderLeaveFormsEmpty) {
@@ -123,11 +111,15 @@ TEST(ParametricCurvatures, StatusesInCheckingOrderLeaveFormsEmpty) {
 }
 
 TEST(PrincipalCurvatures, SphereCurvaturesShareTheirSignAndFlipWithTheOrientation) {
-  const surface s = geodesic_sphere(10), f = flipped(s);
-  const double h = 1.107 / 10; // about the mean edge: the icosahedron's edge angle, split
+  const surface s = geodesic_sphere(10);
+  surface f{s.xyz, deep(s.tri), {}}; // every element reversed
+  for (unsigned j = 0; j < f.tri.cols; ++j)
+    std::swap(f.tri(1, j), f.tri(2, j));
+  f.nb = neighbours_of(f.tri);
+  const double h = 1.107 / 10; // about the mean edge: the icosahedron's edge angle split 10 times
   dense2D<double> k, kf, ks;
-  ASSERT_EQ(principal_curvatures(s.xyz, s.tri, s.nb, 2 * h, pi / 4, 40, dense2D<unsigned>(), k), 0);
-  ASSERT_EQ(principal_curvatures(f.xyz, f.tri, f.nb, 2 * h, pi / 4, 40, dense2D<unsigned>(), kf), 0);
+  ASSERT_EQ(principal_curvatures(s.xyz, s.tri, s.nb, 2 * h, pi / 4, 40, {}, k), 0);
+  ASSERT_EQ(principal_curvatures(f.xyz, f.tri, f.nb, 2 * h, pi / 4, 40, {}, kf), 0);
   ASSERT_EQ(principal_curvatures(strided(s.xyz), strided(s.tri), strided(s.nb), 2 * h, pi / 4, 40,
                                  strided(dense2D<unsigned>(2, 0)), ks),
             0);
@@ -150,7 +142,7 @@ TEST(PrincipalCurvatures, SphereCurvaturesShareTheirSignAndFlipWithTheOrientatio
 TEST(PrincipalCurvatures, OnATubeCurvatureOneGoesAcrossTheAxisAndDirectionOneAlongIt) {
   const surface t = tube(40, 20, 1.0, 2.0);
   dense2D<double> k;
-  ASSERT_EQ(principal_curvatures(t.xyz, t.tri, t.nb, 0.35, pi / 4, 40, dense2D<unsigned>(), k), 0);
+  ASSERT_EQ(principal_curvatures(t.xyz, t.tri, t.nb, 0.35, pi / 4, 40, {}, k), 0);
   for (unsigned j = 4 * 40; j < 17 * 40; ++j) {
     const double *c = k.column(j), *p = t.xyz.column(j);
     EXPECT_GT(std::fabs(c[2]), 1 - 1e-9);                       // direction_1 is the axis,
@@ -166,7 +158,6 @@ TEST(PrincipalCurvatures, AFoldCountsItsEdgeOnceUnlessTheLimitsKeepItOut) {
   const double f = 0.3;
   const auto xyz = coords({{0, 0, 0}, {0, 2, 0}, {1, 1, 0}, {-std::cos(f), 1, std::sin(f)}});
   const auto tri = conn({{0, 2, 1}, {0, 1, 3}});
-  const auto nb = neighbours_of(tri);
   const struct {
     double radius, angle;
     unsigned most;
@@ -176,7 +167,7 @@ TEST(PrincipalCurvatures, AFoldCountsItsEdgeOnceUnlessTheLimitsKeepItOut) {
                {5, pi, 1, {}, 0},  {0, pi, 40, {}, 0},   {5, pi, 40, conn({{3, 1}, {1, 0}}), 0}};
   for (const auto& c : cases) {
     dense2D<double> k;
-    ASSERT_EQ(principal_curvatures(xyz, tri, nb, c.radius, c.angle, c.most, c.hard, k), 0);
+    ASSERT_EQ(principal_curvatures(xyz, tri, neighbours_of(tri), c.radius, c.angle, c.most, c.hard, k), 0);
     for (unsigned j = 0; j < 4; ++j) {
       EXPECT_NEAR(k(6, j), c.expected, 1e-14);
       EXPECT_EQ(k(7, j), 0.0);
@@ -256,9 +247,7 @@ TEST(PrincipalCurvatures, StatusesInCheckingOrderAndTheAllocationSweep) {
     int status = 1;
     const bool failed = fail_during(n, [&] { status = principal_curvatures(s.xyz, s.tri, s.nb, 2, 2, 9, hard, k); });
     EXPECT_TRUE(status == 0 || (status == -199 && k.rows * k.cols == 0)) << status;
-    if (status == 0) {
-      EXPECT_EQ(as_columns(k), as_columns(expected));
-    }
+    EXPECT_TRUE(status != 0 || as_columns(k) == as_columns(expected));
     return failed;
   });
 }
