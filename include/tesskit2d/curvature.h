@@ -80,9 +80,8 @@ TESSKIT2D_EXPORT int parametric_curvatures(const dense2D<double>& uv, const dens
 ///   `max_angle` or more stays out (0 keeps out even coplanar ones). The
 ///   test works on cos(`max_angle`), so pi turns it off, and an angle above
 ///   pi acts as the angle below pi of the same cosine. The angle is checked
-///   between neighbours, not
-///   against the first element, so a patch can follow a smooth bend well
-///   beyond `max_angle`.
+///   between neighbours, not against the first element, so a patch can
+///   follow a smooth bend well beyond `max_angle`.
 /// - `max_elements`: patches stop growing once they hold this many
 ///   elements. The count is checked between the expansions of one element's
 ///   neighbours, so a patch can end up to 2 elements larger. 0 and 1 give a
@@ -103,9 +102,10 @@ TESSKIT2D_EXPORT int parametric_curvatures(const dense2D<double>& uv, const dens
 ///   The pairing is that of the tensor's eigenvectors: `direction_1` runs
 ///   along the crease where the surface bends, so it is the direction in
 ///   which the surface bends LEAST, and `curvature_1` is the curvature
-///   ACROSS it. On a cylinder `direction_1` is the axis and `curvature_1`
-///   is about -1 / R; `direction_2` runs round the cylinder with
-///   `curvature_2` near 0. When |`curvature_2`| is at most 0.001
+///   ACROSS it. On a cylinder of radius R with outward normals
+///   `direction_1` is the axis and `curvature_1` is negative, a little below
+///   1 / R in magnitude (see the bias below); `direction_2` runs round the
+///   cylinder with `curvature_2` near 0. When |`curvature_2`| is at most 0.001
 ///   |`curvature_1`| (a cylinder, a plane) its eigenvector is left to
 ///   rounding, and `direction_2` is replaced by the unit vector across
 ///   `direction_1` in the plane of the node's first element. Directions are
