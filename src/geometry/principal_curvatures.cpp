@@ -104,8 +104,13 @@ struct patch_walker {
     const unsigned* ce = element(e);
     const double *a = node(ce[(t + 1) % 3]), *b = node(ce[(t + 2) % 3]);
     v[0] = b[0] - a[0], v[1] = b[1] - a[1], v[2] = b[2] - a[2];
-    l = normalise(v);
-    if (l != 0.0 && l != 1.0) l = std::sqrt(l);
+    // As `normalise`, with the one square root serving for the length too.
+    l = v[0] * v[0] + v[1] * v[1] + v[2] * v[2];
+    if (l != 0.0 && l != 1.0) {
+      l = std::sqrt(l);
+      const double r = 1.0 / l;
+      v[0] *= r, v[1] *= r, v[2] *= r;
+    }
   }
 
   // The signed angle between the normals `n` of an element and `nm` of its
