@@ -12,6 +12,7 @@ int main() {
   demo::conversion_steps();
   demo::optimised_split_steps();
   demo::measures_steps();
+  demo::curvature_steps();
   demo::orientation_steps();
   demo::surface_steps();
   demo::extrusion_steps();

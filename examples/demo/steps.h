@@ -7,6 +7,7 @@ void linear_reduction_steps();
 void conversion_steps();
 void optimised_split_steps();
 void measures_steps();
+void curvature_steps();
 void orientation_steps();
 void surface_steps();
 

@@ -10,6 +10,7 @@
 #include "tesskit2d/version.h"
 
 #include "tesskit2d/connectivity.h"
+#include "tesskit2d/curvature.h"
 #include "tesskit2d/degenerate.h"
 #include "tesskit2d/extrusion.h"
 #include "tesskit2d/geometric_split.h"
@@ -19,5 +20,7 @@
 #include "tesskit2d/measures.h"
 #include "tesskit2d/normals.h"
 #include "tesskit2d/offset.h"
+#include "tesskit2d/metric_generation.h"
+#include "tesskit2d/metrics.h"
 #include "tesskit2d/orientation.h"
 #include "tesskit2d/structured.h"
