@@ -1,3 +1,5 @@
 #include "tesskit2d/version.h"
 
-const char* kelm::tesskit2d::version() noexcept { return "5.3.0.0"; }
+// The text comes from the project's version in the build, the one place it
+// is written.
+const char* kelm::tesskit2d::version() noexcept { return TESSKIT2D_VERSION_TEXT; }
