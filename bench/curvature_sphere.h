@@ -16,11 +16,8 @@ struct curvature_sphere {
   double mean_edge = 0;         ///< mean length over all edges, each counted once
 };
 
-/// The icosahedron with every face split n times along each edge (n^2
-/// triangles per face) and the nodes projected on the unit sphere:
-/// 20 n^2 triangles and 10 n^2 + 2 nodes; n = 316 gives 1,997,120 triangles.
-/// Nodes are numbered vertices first, then edges, then face interiors; the
-/// triangles face by face, row by row.
+/// The geodesic sphere of the surface benchmarks (`make_geodesic_sphere`)
+/// with its neighbour table and mean edge length.
 curvature_sphere make_curvature_sphere(unsigned n);
 
 } // namespace bench
