@@ -14,5 +14,6 @@ int main() {
   demo::orientation_steps();
   demo::extrusion_steps();
   demo::structured_steps();
+  demo::metrics_steps();
   return 0;
 }

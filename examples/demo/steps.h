@@ -10,5 +10,6 @@ void orientation_steps();
 
 void extrusion_steps();
 void structured_steps();
+void metrics_steps();
 
 } // namespace demo
