@@ -14,6 +14,7 @@ int main() {
   demo::orientation_steps();
   demo::extrusion_steps();
   demo::structured_steps();
+  demo::interpolation_steps();
   demo::metrics_steps();
   return 0;
 }

@@ -10,6 +10,7 @@ void orientation_steps();
 
 void extrusion_steps();
 void structured_steps();
+void interpolation_steps();
 void metrics_steps();
 
 } // namespace demo

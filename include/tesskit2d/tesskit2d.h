@@ -10,6 +10,7 @@
 #include "tesskit2d/extrusion.h"
 #include "tesskit2d/geometric_split.h"
 #include "tesskit2d/high_order.h"
+#include "tesskit2d/interpolation.h"
 #include "tesskit2d/linear_reduction.h"
 #include "tesskit2d/measures.h"
 #include "tesskit2d/metrics.h"

@@ -39,11 +39,8 @@ inline void solve2_refined(double a11, double a21, double a12, double a22, doubl
 /// pair that loses the fewest digits; with e, w0 is corrected by -w1. A point
 /// exactly on corner 0 or 1 gets exactly (1, 0) or (0, 1). A flat triangle
 /// gives (0, 0): the point takes corner 2's value.
-inline double barycentric_T3(const dense2D<double>& coords, const unsigned* nodes, const double point[2],
+inline double barycentric_T3(const double* p0, const double* p1, const double* p2, const double point[2],
                              double w[2]) noexcept {
-  const double* p0 = coords.column(nodes[0]);
-  const double* p1 = coords.column(nodes[1]);
-  const double* p2 = coords.column(nodes[2]);
   const double ax = p0[0] - p2[0], ay = p0[1] - p2[1];
   const double bx = p1[0] - p2[0], by = p1[1] - p2[1];
   const double ex = p1[0] - p0[0], ey = p1[1] - p0[1];
@@ -64,6 +61,11 @@ inline double barycentric_T3(const dense2D<double>& coords, const unsigned* node
   solve2_refined(ax, ay, cx, cy, 1.0 / det, point[0] - p2[0], point[1] - p2[1], w[0], w[1], 2);
   if (short_e) w[0] -= w[1];
   return det;
+}
+
+inline double barycentric_T3(const dense2D<double>& coords, const unsigned* nodes, const double point[2],
+                             double w[2]) noexcept {
+  return barycentric_T3(coords.column(nodes[0]), coords.column(nodes[1]), coords.column(nodes[2]), point, w);
 }
 
 /// Signs of the corners of the reference square from -1 to 1: corner 0 at

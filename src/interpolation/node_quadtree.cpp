@@ -288,25 +288,33 @@ void node_quadtree::nearest_candidate(const double point[2], double& d2, unsigne
                                       unsigned range_min[2], unsigned range_max[2], unsigned& cell, unsigned& level,
                                       unsigned& quadrant, bool& done,
                                       const dense1D<unsigned, 8>& ancestors) const noexcept {
+  descent at;
+  if (cells.cols < 4) {
+    best = null_id;
+    range_min[0] = range_min[1] = 0;
+    range_max[0] = range_max[1] = grid_top;
+    done = false;
+    cell = 0;
+    level = 32;
+    quadrant = 0;
+    return;
+  }
+  while (descend(at, grid)) {
+  }
+  finish_candidate(at, point, d2, best, grid, range_min, range_max, done, ancestors);
+  cell = at.cell;
+  level = at.level;
+  quadrant = at.quadrant;
+}
+
+void node_quadtree::finish_candidate(descent& at, const double point[2], double& d2, unsigned& best,
+                                     const unsigned grid[2], unsigned range_min[2], unsigned range_max[2], bool& done,
+                                     const dense1D<unsigned, 8>& ancestors) const noexcept {
   best = null_id;
   range_min[0] = range_min[1] = 0;
   range_max[0] = range_max[1] = grid_top;
   done = false;
-  cell = 0;
-  level = 32;
-  quadrant = 0;
-  if (cells.cols < 4) return;
-
-  unsigned parent = 0, parent_quadrant = 0;
-  const unsigned* c = cell_at(0);
-  while (c[0] >= 4) {
-    parent = cell;
-    parent_quadrant = quadrant;
-    quadrant = quadrant_at(grid, level);
-    --level;
-    cell = c[quadrant];
-    c = cell_at(cell);
-  }
+  const unsigned* c = cell_at(at.cell);
   if (c[0] != 0) {
     scan_leaf(c + 1, c + 1 + c[0], point, d2, best, ancestors);
     done = d2 == 0.0;
@@ -315,18 +323,18 @@ void node_quadtree::nearest_candidate(const double point[2], double& d2, unsigne
 
   // The siblings next, then the rest of the tree. A root that is still a
   // leaf is its own parent here, and both searches exclude it.
-  if (level < 32) {
-    ++level;
-    quadrant = parent_quadrant;
+  if (at.level < 32) {
+    ++at.level;
+    at.quadrant = at.parent_quadrant;
   }
-  const unsigned corner[2] = {low_corner(grid[0], level), low_corner(grid[1], level)};
-  scan_range(point, d2, best, range_min, range_max, parent, level, quadrant, corner, cell, ancestors);
+  const unsigned corner[2] = {low_corner(grid[0], at.level), low_corner(grid[1], at.level)};
+  scan_range(point, d2, best, range_min, range_max, at.parent, at.level, at.quadrant, corner, at.cell, ancestors);
   done = d2 == 0.0;
-  cell = parent;
+  at.cell = at.parent;
   if (best != null_id) return;
 
   const unsigned origin_corner[2] = {0, 0};
-  scan_range(point, d2, best, range_min, range_max, 0, 32, 0, origin_corner, parent, ancestors);
+  scan_range(point, d2, best, range_min, range_max, 0, 32, 0, origin_corner, at.parent, ancestors);
   done = best != null_id;
 }
 

@@ -7,6 +7,12 @@
 namespace kelm {
 namespace tesskit2d {
 
+/// The quadrant of a child at `level` - 1 below a cell at `level`.
+inline unsigned quadrant_at(const unsigned grid[2], unsigned level) noexcept {
+  const unsigned bit = level - 1;
+  return ((grid[0] >> bit) & 1u) | (((grid[1] >> bit) & 1u) << 1);
+}
+
 /// A bit-trie of node IDs over a square 32-bit grid laid on the plane. Each
 /// level of the tree reads one bit of both grid coordinates, so a cell at
 /// level L spans 2^L grid units a side; the root has level 32.
@@ -78,6 +84,35 @@ public:
                          unsigned range_min[2], unsigned range_max[2], unsigned& cell, unsigned& level,
                          unsigned& quadrant, bool& done, const dense1D<unsigned, 8>& ancestors) const noexcept;
 
+  /// Where the quick search stands on its way down: the cell reached, its
+  /// level and quadrant, and its parent's.
+  struct descent {
+    unsigned cell = 0, level = 32, quadrant = 0, parent = 0, parent_quadrant = 0;
+  };
+
+  /// One level of the quick search's descent toward the leaf of `grid`;
+  /// false, with nothing changed, once `at` is a leaf. Callers that search
+  /// for many points at once step their descents in turn, so that the cells
+  /// of one are on their way from memory while another is read. The tree
+  /// must have its root (`cells.cols` of 4 or more).
+  bool descend(descent& at, const unsigned grid[2]) const noexcept {
+    const unsigned* c = cell_at(at.cell);
+    if (c[0] < 4) return false;
+    at.parent = at.cell;
+    at.parent_quadrant = at.quadrant;
+    at.quadrant = quadrant_at(grid, at.level);
+    --at.level;
+    at.cell = c[at.quadrant];
+    return true;
+  }
+
+  /// The quick search from the leaf that `descend` reached: the rest of
+  /// `nearest_candidate`, with the same results. `at` ends on the cell from
+  /// which the candidate came.
+  void finish_candidate(descent& at, const double point[2], double& d2, unsigned& best, const unsigned grid[2],
+                        unsigned range_min[2], unsigned range_max[2], bool& done,
+                        const dense1D<unsigned, 8>& ancestors) const noexcept;
+
   /// The exact search: the node with an element nearest to `point`, the
   /// first met among equally near ones, or `null_id` when the tree is empty,
   /// the point lies outside the box, or no node has an element. `d2` as in
@@ -126,12 +161,6 @@ private:
   unsigned allocate_four() noexcept;
   template <unsigned Rows, bool Mixed> unsigned fill_from_rows(const dense2D<unsigned>& conn) noexcept;
 };
-
-/// The quadrant of a child at `level` - 1 below a cell at `level`.
-inline unsigned quadrant_at(const unsigned grid[2], unsigned level) noexcept {
-  const unsigned bit = level - 1;
-  return ((grid[0] >> bit) & 1u) | (((grid[1] >> bit) & 1u) << 1);
-}
 
 extern template unsigned node_quadtree::fill_from_mesh<T3>(const dense2D<unsigned>&) noexcept;
 extern template unsigned node_quadtree::fill_from_mesh<Q4>(const dense2D<unsigned>&) noexcept;

@@ -1,0 +1,236 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+#include "interpolation/local_coordinates.h"
+#include "interpolation/point_locator.h"
+#include "support/allocation_failure.h"
+#include "support/interpolation_meshes.h"
+#include "tesskit2d/interpolation.h"
+
+using namespace tk_test;
+using namespace kelm::tesskit2d;
+
+namespace {
+
+using field_fn = std::function<double(double, double)>;
+
+// The field sampled at the background nodes; targets start at `untouched`.
+dense1D<double> sampled(const background& b, const field_fn& f, double untouched = -99.0) {
+  dense1D<double> v(b.xy.cols, untouched);
+  for (unsigned j = 0; j < b.n_background; ++j)
+    v[j] = f(b.xy(0, j), b.xy(1, j));
+  return v;
+}
+
+// Targets: random points of the square, the midpoints of a few edges and a
+// few nodes of the mesh.
+dense1D<unsigned> inner_targets(background& b, unsigned count) {
+  auto points = random_points(count, 0.0, 1.0);
+  for (unsigned j = 0; j < b.n_background; j += 7) {
+    points.push_back({b.xy(0, j), b.xy(1, j)});
+    const unsigned k = (j + 1) % b.n_background;
+    points.push_back({0.5 * (b.xy(0, j) + b.xy(0, k)), 0.5 * (b.xy(1, j) + b.xy(1, k))});
+  }
+  return add_targets(b, points);
+}
+
+} // namespace
+
+TEST(Interpolate, EachCheckWinsOverAllLaterOnes) {
+  // Faults in checking order; the call with faults k..6 must report -k.
+  background b = grid_background(3, T3);
+  const dense1D<unsigned> targets = add_targets(b, {{0.5, 0.5}});
+  const unsigned n = b.xy.cols;
+  for (bool scalar : {true, false})
+    for (unsigned k = 1; k <= 7; ++k) {
+      dense2D<double> xy = b.xy;
+      dense2D<unsigned> c = deep(b.conn), nb = deep(b.neighbours);
+      dense1D<unsigned> holders(n), ids(targets.size);
+      for (unsigned j = 0; j < n; ++j)
+        holders[j] = b.ancestors[j];
+      for (unsigned j = 0; j < ids.size; ++j)
+        ids[j] = targets[j];
+      dense1D<double> f1(n, 0.0);
+      dense2D<double> f2(2, n, 0.0);
+      if (k <= 6) ids[0] = n;
+      if (k <= 5) f1.resize(n - 1), f2.resize(2, n + 1);
+      if (k <= 4) holders.resize(n + 1, null_id);
+      if (k <= 3) nb(2, 4) = c.cols;
+      if (k <= 2) c(1, 3) = n;
+      if (k <= 1) xy = dense2D<double>(3, n, 0.0);
+      const int expected = k == 7 ? 0 : -int(k);
+      EXPECT_EQ(scalar ? interpolate(xy, c, nb, holders, f1, ids, T3) : interpolate(xy, c, nb, holders, f2, ids, T3),
+                expected)
+          << "faults from " << k << (scalar ? " scalar" : " columns");
+      // An empty target list ends the call before any check.
+      EXPECT_EQ(interpolate(xy, c, nb, holders, f1, dense1D<unsigned>(), T3), 0);
+    }
+
+  // Shape faults the ladder does not show, and the guard on the elements the
+  // walks start from, which only the scalar overload reads.
+  dense1D<double> f(b.xy.cols, 0.0);
+  dense2D<double> cols(1, b.xy.cols, 0.0);
+  EXPECT_EQ(interpolate(b.xy, b.conn, deep(b.neighbours), b.ancestors, f, targets, MIXED), -2);
+  EXPECT_EQ(interpolate(b.xy, b.conn, conn({{0, 0, 0}}), b.ancestors, f, targets, T3), -3);
+  const auto e2 = conn({{0, 1}, {1, 2}});
+  EXPECT_EQ(interpolate(b.xy, e2, conn({{null_id, null_id}, {null_id, null_id}}), b.ancestors, f, targets, kelm::E2),
+            0);
+  dense1D<unsigned> stray(b.xy.cols);
+  for (unsigned j = 0; j < stray.size; ++j)
+    stray[j] = b.ancestors[j];
+  stray[5] = b.conn.cols;
+  EXPECT_EQ(interpolate(b.xy, b.conn, b.neighbours, stray, f, targets, T3), -4);
+  EXPECT_EQ(interpolate(b.xy, b.conn, b.neighbours, stray, cols, targets, T3), 0);
+  EXPECT_EQ(f[targets[0]], 0.0);
+}
+
+TEST(Interpolate, LinearFieldsReproducedOnEveryKindAndBilinearOnRectangles) {
+  const field_fn linear = [](double x, double y) { return 1.5 - 2 * x + 3.25 * y; };
+  const field_fn bilinear = [](double x, double y) { return 0.5 + x - 2 * y + 4 * x * y; };
+  struct row {
+    kelm::element_type kind;
+    double jitter;
+    field_fn f;
+  };
+  for (const row& r :
+       std::vector<row>{{T3, 0.3, linear}, {Q4, 0.25, linear}, {MIXED, 0.25, linear}, {Q4, 0, bilinear}}) {
+    background b = grid_background(9, r.kind, r.jitter);
+    const dense1D<unsigned> targets = inner_targets(b, 300);
+    if (r.jitter == 0)
+      for (unsigned j = 0; j < b.xy.cols; ++j)
+        b.xy(1, j) *= 0.4; // rectangles
+    dense1D<double> v = sampled(b, r.f);
+    ASSERT_EQ(interpolate(b.xy, b.conn, b.neighbours, b.ancestors, v, targets, r.kind), 0);
+    for (unsigned t : as_vector(targets))
+      EXPECT_NEAR(v[t], r.f(b.xy(0, t), b.xy(1, t)), 1e-13) << "kind " << r.kind << " target " << t;
+
+    // Strided arrays and a second run give the same values, bit for bit.
+    dense1D<double> again = sampled(b, r.f);
+    ASSERT_EQ(interpolate(strided(b.xy), strided(b.conn), strided(b.neighbours), b.ancestors, again, targets, r.kind),
+              0);
+    EXPECT_EQ(as_vector(again), as_vector(v));
+  }
+}
+
+TEST(Interpolate, HolesTakeTheNearestNodeAndPointsOutsideStayUntouched) {
+  // Elements of the cell (1, 1)..(2, 2) of a 4 by 4 grid removed.
+  background b = grid_background(4, MIXED);
+  dense2D<unsigned> holed(4, b.conn.cols - 1);
+  unsigned kept = 0;
+  for (unsigned e = 0; e < b.conn.cols; ++e) {
+    if (b.conn(0, e) == 6 && b.conn(3, e) == 11) continue; // the quadrangle of that cell
+    for (unsigned r = 0; r < 4; ++r)
+      holed(r, kept) = b.conn(r, e);
+    ++kept;
+  }
+  ASSERT_EQ(kept, holed.cols);
+  b.conn = holed;
+  b.neighbours = neighbours_of(holed);
+  b.ancestors = ancestors_of(holed, b.n_background);
+  const dense1D<unsigned> targets = add_targets(b, {{0.3, 0.27}, {0.4, 0.46}, {1.01, 0.5}, {0.5, -1e-9}, {0.5, 0.0}});
+  const field_fn f = [](double x, double y) { return x + 10 * y; };
+  dense1D<double> v = sampled(b, f);
+  const unsigned node_6 = 6, node_12 = 12;
+  ASSERT_EQ(interpolate(b.xy, b.conn, b.neighbours, b.ancestors, v, targets, MIXED), 0);
+  EXPECT_EQ(v[targets[0]], v[node_6]);  // (0.25, 0.25) is nearest
+  EXPECT_EQ(v[targets[1]], v[node_12]); // (0.5, 0.5)
+  EXPECT_EQ(v[targets[2]], -99.0);      // outside the box
+  EXPECT_EQ(v[targets[3]], -99.0);
+  EXPECT_NEAR(v[targets[4]], f(0.5, 0.0), 1e-15);
+
+  // The columns overload validates the same input and writes nothing.
+  dense2D<double> cols(2, b.xy.cols, -99.0);
+  for (unsigned j = 0; j < b.n_background; ++j)
+    cols(0, j) = cols(1, j) = v[j];
+  for (kelm::element_type kind : {MIXED, Q4}) {
+    const int expected = kind == MIXED ? 0 : -2;
+    EXPECT_EQ(interpolate(b.xy, b.conn, b.neighbours, b.ancestors, cols, targets, kind), expected);
+  }
+  for (unsigned t : as_vector(targets))
+    EXPECT_EQ(cols(0, t), -99.0);
+  background q = grid_background(3, Q4, 0.2);
+  const dense1D<unsigned> inside = add_targets(q, {{0.5, 0.5}, {0.1, 0.9}});
+  dense2D<double> qcols(1, q.xy.cols, -99.0);
+  EXPECT_EQ(interpolate(q.xy, q.conn, q.neighbours, q.ancestors, qcols, inside, Q4), 0);
+  EXPECT_EQ(qcols(0, inside[0]), -99.0);
+}
+
+TEST(Interpolate, RunningOutOfMemoryEndsWithMinusOneNinetyNineAndWrittenTargetsExact) {
+  // Element 200 replaced by the last one: a hole, whose centre makes the
+  // fallback round the nearest node run.
+  background b = grid_background(20, MIXED, 0.2);
+  auto points = random_points(40, 0.0, 1.0);
+  std::array<double, 2> centre{0, 0};
+  for (unsigned r = 0; r < 3; ++r)
+    for (unsigned a = 0; a < 2; ++a)
+      centre[a] += b.xy(a, b.conn(r, 200)) / 3;
+  points.insert(points.begin() + 20, centre);
+  const dense1D<unsigned> targets = add_targets(b, points);
+  dense2D<unsigned> holed = deep(b.conn);
+  for (unsigned r = 0; r < 4; ++r)
+    holed(r, 200) = b.conn(r, b.conn.cols - 1);
+  holed.resize(4, holed.cols - 1);
+  const auto nb = neighbours_of(holed);
+  const auto holders = ancestors_of(holed, b.xy.cols);
+  const field_fn f = [](double x, double y) { return 2 * x - y; };
+  dense1D<double> reference = sampled(b, f);
+  ASSERT_EQ(interpolate(b.xy, holed, nb, holders, reference, targets, MIXED), 0);
+  unsigned refused = 0;
+  const unsigned walked = static_cast<unsigned>(sweep_allocation_failures([&](unsigned long n) {
+    dense1D<double> v = sampled(b, f);
+    int status = 0;
+    const bool fired = fail_during(n, [&] { status = interpolate(b.xy, holed, nb, holders, v, targets, MIXED); });
+    EXPECT_TRUE(status == 0 || status == -199) << status;
+    refused += status == -199;
+    for (unsigned t : as_vector(targets))
+      if (status == 0)
+        EXPECT_EQ(v[t], reference[t]);
+      else
+        EXPECT_TRUE(v[t] == reference[t] || v[t] == -99.0);
+    return fired;
+  }));
+  EXPECT_GE(walked, 3u);  // the tree's marks, list and cells at the least
+  EXPECT_GT(refused, 0u); // others were retried and recovered
+}
+
+TEST(Interpolate, BlockedSearchesGiveTheValuesOfOneLocatePerTargetInOrder) {
+  // The call searches targets in blocks ahead of their walks; a plain loop of
+  // `locate` from `null_id` must give the same values bit for bit, on-edge
+  // points and fallbacks included.
+  for (kelm::element_type kind : {T3, MIXED}) {
+    background b = grid_background(12, kind, 0.25);
+    const dense1D<unsigned> targets = inner_targets(b, 500);
+    const field_fn f = [](double x, double y) { return std::sin(5 * x) * std::exp(y); };
+    dense1D<double> v = sampled(b, f);
+    ASSERT_EQ(interpolate(b.xy, b.conn, b.neighbours, b.ancestors, v, targets, kind), 0);
+
+    dense1D<double> ref = sampled(b, f);
+    point_locator loc(b.xy, b.conn, b.neighbours, b.ancestors);
+    kind == T3 ? loc.tree.fill_from_mesh<T3>(b.conn) : loc.tree.fill_from_mesh<MIXED>(b.conn);
+    edge_picker picker;
+    for (unsigned t : as_vector(targets)) {
+      const double p[2] = {b.xy(0, t), b.xy(1, t)};
+      unsigned e = null_id;
+      const bool found =
+          kind == T3 ? loc.locate<T3>(p, e, 1e-6, true, picker) : loc.locate<MIXED>(p, e, 1e-6, true, picker);
+      ASSERT_TRUE(found);
+      const unsigned* c = b.conn.column(e);
+      if (kind == T3 || c[3] == null_id) {
+        double w[2];
+        barycentric_T3(b.xy, c, p, w);
+        ref[t] = (ref[c[1]] - ref[c[2]]) * w[1] + (ref[c[0]] - ref[c[2]]) * w[0] + ref[c[2]];
+      } else {
+        double uv[2];
+        inverse_bilinear_Q4(b.xy, c, p, uv);
+        const double s = (uv[0] + 1) / 2, r = (uv[1] + 1) / 2;
+        const double lo = ref[c[0]] + (ref[c[1]] - ref[c[0]]) * s, hi = ref[c[3]] + (ref[c[2]] - ref[c[3]]) * s;
+        ref[t] = lo + (hi - lo) * r;
+      }
+    }
+    EXPECT_EQ(as_vector(v), as_vector(ref)) << "kind " << kind;
+  }
+}
