@@ -4,9 +4,11 @@
 // triangles (2,000,000 T3, 1,002,001 nodes, interior nodes jittered by up to
 // 0.15 of a cell) with 1,002,001 targets drawn uniformly and appended behind
 // the nodes, in random order: sizes, 2 by 2 and 3 by 3 metrics of a boundary
-// layer along y = 0. The baseline is the search alone (tree, walk, local
-// coordinates and a linear blend of one value), so that the difference is
-// what the metric algebra adds per target. Counters are per target.
+// layer along y = 0. The peers, on the same targets: `interpolate` of one
+// scalar field (whose search runs targets in blocks with prefetching), and
+// the plain search that interpolate_metrics makes (tree, walk, local
+// coordinates and a linear blend of one value, target by target), so that
+// the difference is what the metric algebra adds. Counters are per target.
 //
 // metrics_struct filling the interior of a 1000 x 1000 structured grid from
 // its 4000 boundary values, as sizes, 2 by 2 and 3 by 3 metrics. Counters
@@ -21,6 +23,7 @@
 #include "bench_support.h"
 #include "interpolation/local_coordinates.h"
 #include "interpolation/point_locator.h"
+#include "tesskit2d/interpolation.h"
 #include "tesskit2d/metrics.h"
 
 namespace {
@@ -147,6 +150,19 @@ void fresh(dense1D<double>& to, const dense1D<double>& from) {
   std::copy(from.begin(), from.end(), to.begin());
 }
 void fresh(dense2D<double>& to, const dense2D<double>& from) { to.copy(from); }
+
+void interpolate_scalar_W1(benchmark::State& state) {
+  const workload& w = mesh();
+  for (auto _ : state) {
+    state.PauseTiming();
+    dense1D<double> f;
+    fresh(f, w.sizes);
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(interpolate(w.xy, w.conn, w.neighbours, w.ancestors, f, w.targets, T3));
+  }
+  per_target(state);
+}
+BENCHMARK(interpolate_scalar_W1)->Unit(benchmark::kMillisecond);
 
 template <class Field> void transfer(benchmark::State& state, const Field& source) {
   const workload& w = mesh();

@@ -4,6 +4,7 @@
 #include "foundation/status.h"
 #include "interpolation/local_coordinates.h"
 #include "interpolation/point_locator.h"
+#include "metrics/located_targets.h"
 #include "metrics/metric_combiners.h"
 #include "tesskit/check_IDs.h"
 #include "tesskit2d/metrics.h"
@@ -134,26 +135,21 @@ int drive(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const
   locator.tree.fill_from_mesh<Kind>(bg_conn);
   if (locator.tree.out_of_memory) return status::out_of_memory;
   const unsigned* holder = ancestors.begin();
-  for (unsigned i = 0; i < targets.size; ++i) {
-    const unsigned n = targets[i];
-    if (holder[n] != null_id) continue;
+  auto take = [&](unsigned n) { return holder[n] == null_id && !(keep_valid && Values::valid(values.read(n))); };
+  auto visit = [&](unsigned n, const double point[2], unsigned e) {
     typename Values::value v = values.read(n);
-    if (keep_valid && Values::valid(v)) continue;
-    const double point[2] = {coords(0, n), coords(1, n)};
-    unsigned e = null_id;
     bool ok;
-    if (locator.locate<Kind>(point, e, walk_tolerance, true, picker)) {
+    if (e != null_id) {
       ok = combine<Kind>(coords, bg_conn.column(e), values, point, v);
     } else {
-      if (locator.out_of_memory) return status::out_of_memory;
       double d2 = largest_double;
       const unsigned nearest = locator.tree.nearest_node(point, d2, ancestors);
       ok = nearest != null_id;
       if (ok) v = values.read(nearest);
     }
     if (ok) values.write(n, v);
-  }
-  return status::ok;
+  };
+  return locate_targets<Kind>(locator, picker, targets, walk_tolerance, take, visit);
 }
 
 template <class Values, class Targets>
