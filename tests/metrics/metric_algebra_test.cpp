@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "metrics/metric_algebra.h"
+#include "support/arrays.h"
 #include "support/metric_fields.h"
 
 using namespace kelm::tesskit2d;
@@ -27,6 +28,12 @@ TEST(MetricAlgebra, SizesInterpolateLinearlyAlongSharedAxes) {
       EXPECT_TRUE(interpolate_metric3(t, sized3(1, 4, 0.2, angle), sized3(3, 2.5, 0.3, angle), out3) &&
                   near(out3, sized3(1 + 2 * t, 4 - 1.5 * t, 0.2 + 0.1 * t, angle)));
     }
+  // Between two columns of a strided 6-row field.
+  kelm::dense2D<double> field(6, 3, 9.0);
+  tk_test::put(field, 1, sized3(1, 2, 3, 0.4)), tk_test::put(field, 2, sized3(2, 2, 1, 0.4));
+  metric3 mid;
+  EXPECT_TRUE(interpolate_metric3_at_nodes(tk_test::strided(field), 0.5, 1, 2, mid) &&
+              near(mid, sized3(1.5, 2, 2, 0.4)));
   // Equal metrics come back at every t, an isotropic one through the
   // identity branch of the 2 by 2 decomposition.
   for (double t : {0.1, 0.5, 0.7})
