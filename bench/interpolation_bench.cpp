@@ -141,13 +141,32 @@ BENCHMARK(interpolate_T3)->Arg(0)->Arg(1)->ArgName("sorted")->Unit(benchmark::kM
 // Parts of the call. The tree alone, from the mesh.
 void tree_fill_T3(benchmark::State& state) {
   const workload& w = mesh();
+  double cells_per_node = 0;
   for (auto _ : state) {
     node_quadtree tree(w.sorted);
     benchmark::DoNotOptimize(tree.fill_from_mesh<T3>(w.conn));
+    cells_per_node = double(tree.cells.cols) / w.n_background;
+  }
+  per_target(state);
+  state.counters["cells/node"] = cells_per_node;
+}
+BENCHMARK(tree_fill_T3)->Unit(benchmark::kMillisecond);
+
+// The same tree from `insert_node`, node by node in mesh order: the
+// baseline of the one-pass build.
+void tree_insert_T3(benchmark::State& state) {
+  const workload& w = mesh();
+  for (auto _ : state) {
+    node_quadtree tree(w.sorted);
+    const double lo[2] = {0, 0}, hi[2] = {1, 1};
+    tree.set_box(lo, hi);
+    for (unsigned j = 0; j < w.n_background; ++j)
+      tree.insert_node(j);
+    benchmark::DoNotOptimize(tree.n_points);
   }
   per_target(state);
 }
-BENCHMARK(tree_fill_T3)->Unit(benchmark::kMillisecond);
+BENCHMARK(tree_insert_T3)->Unit(benchmark::kMillisecond);
 
 // The quick search of every target on a built tree (walk 0), and the walks
 // from the elements it gives (walk 1); the counter "steps" is the mean walk

@@ -48,6 +48,7 @@ node_quadtree::node_quadtree(const dense2D<double>& xy) noexcept
 
 bool node_quadtree::clear() noexcept {
   n_points = 0;
+  out_of_memory = false;
   cells.resize(4, 0);
   if (!cells.resize(4, 4)) {
     out_of_memory = true;
@@ -170,8 +171,8 @@ template <unsigned Rows, bool Mixed> unsigned node_quadtree::fill_from_rows(cons
   const std::uint64_t entries = std::uint64_t(conn.cols) * Rows;
   if (!seen.resize(top / 32 + 1, 0u) ||
       !order.reserve(static_cast<unsigned>(std::min<std::uint64_t>(entries, std::uint64_t(top) + 1)))) {
-    out_of_memory = true;
     set_box(default_lo, default_hi);
+    out_of_memory = true;
     return 0;
   }
   unsigned* marks = seen.begin();
@@ -196,6 +197,11 @@ template <unsigned Rows, bool Mixed> unsigned node_quadtree::fill_from_rows(cons
     }
   }
   set_box(lo, hi);
+  // About 1.2 cells per node on evenly spread nodes: room for that up front
+  // spares the copies of a doubling array. Clustered nodes may need more,
+  // and then the doubling takes over.
+  const std::uint64_t expected = 4 + std::uint64_t(n) + n / 4;
+  if (expected < 0xFFFFFFFFu / 4) cells.reserve(4, static_cast<unsigned>(expected));
   unsigned stored = 0;
   for (unsigned k = 0; k < n && !out_of_memory; ++k)
     stored += insert_node(list[k]);

@@ -43,8 +43,9 @@ public:
   explicit node_quadtree(const dense2D<double>& coords) noexcept;
 
   /// Drops all cells and makes the root and the three reserved cells, all
-  /// zero; `n_points` becomes 0. False when even those cells could not be
-  /// had (the tree is then unusable, and every query returns nothing).
+  /// zero; `n_points` becomes 0 and `out_of_memory` false. False when even
+  /// those cells could not be had (the tree is then unusable, every query
+  /// returns nothing, and `out_of_memory` is set).
   bool clear() noexcept;
 
   /// Clears the tree and lays the grid on the closed box from `lo` to `hi`:

@@ -15,8 +15,7 @@ namespace tk_test {
 /// A background mesh and the nodes to interpolate at, in one `xy`.
 struct background {
   dense2D<double> xy;
-  dense2D<unsigned> conn;
-  dense2D<unsigned> neighbours;
+  dense2D<unsigned> conn, neighbours;
   dense1D<unsigned> ancestors;
   unsigned n_background = 0; // nodes of the mesh; targets follow
 };
@@ -75,22 +74,29 @@ inline background grid_background(unsigned n, kelm::element_type kind, double ji
 /// IDs in order.
 inline dense1D<unsigned> add_targets(background& b, const std::vector<std::array<double, 2>>& points) {
   const unsigned first = b.xy.cols, n = static_cast<unsigned>(points.size());
-  dense2D<double> xy(2, first + n);
-  dense1D<unsigned> ancestors(first + n, null_id);
-  for (unsigned j = 0; j < first; ++j) {
-    xy(0, j) = b.xy(0, j);
-    xy(1, j) = b.xy(1, j);
-    ancestors[j] = b.ancestors[j];
-  }
+  b.xy.resize(2, first + n);
+  b.ancestors.resize(first + n, null_id);
   dense1D<unsigned> ids(n);
   for (unsigned k = 0; k < n; ++k) {
-    xy(0, first + k) = points[k][0];
-    xy(1, first + k) = points[k][1];
+    b.xy(0, first + k) = points[k][0];
+    b.xy(1, first + k) = points[k][1];
     ids[k] = first + k;
   }
-  b.xy = xy;
-  b.ancestors = ancestors;
   return ids;
+}
+
+/// Removes one element, a hole or a notch, and rebuilds the tables.
+inline void drop_element(background& b, unsigned element) {
+  dense2D<unsigned> kept(b.conn.rows, b.conn.cols - 1);
+  for (unsigned e = 0, k = 0; e < b.conn.cols; ++e)
+    if (e != element) {
+      for (unsigned r = 0; r < b.conn.rows; ++r)
+        kept(r, k) = b.conn(r, e);
+      ++k;
+    }
+  b.conn = kept;
+  b.neighbours = neighbours_of(kept);
+  b.ancestors = ancestors_of(kept, b.xy.cols);
 }
 
 /// `count` points drawn uniformly in the box from `lo` to `hi`.
