@@ -18,5 +18,6 @@ int main() {
   demo::extrusion_steps();
   demo::structured_steps();
   demo::interpolation_steps();
+  demo::metrics_steps();
   return 0;
 }

@@ -14,5 +14,6 @@ void surface_steps();
 void extrusion_steps();
 void structured_steps();
 void interpolation_steps();
+void metrics_steps();
 
 } // namespace demo

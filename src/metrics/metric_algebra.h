@@ -99,6 +99,30 @@ void congruence_sym3(double c, const metric3& S, const double T[3][3], metric3& 
 bool interpolate_metric2(double t, const metric2& A, const metric2& B, metric2& out) noexcept;
 bool interpolate_metric3(double t, const metric3& A, const metric3& B, metric3& out) noexcept;
 
+/// The part of the interpolation between A and B that does not depend on t:
+/// the sizes of A (`ha`) and B (`hb`) along the common directions and the
+/// dual basis `w` that rebuilds a metric from sizes in those directions.
+/// A caller that interpolates one pair at many t prepares it once; the
+/// results are bit for bit those of `interpolate_metric2` and
+/// `interpolate_metric3`.
+struct prepared_pair2 {
+  double ha[2], hb[2], w[2][2];
+};
+struct prepared_pair3 {
+  double ha[3], hb[3], w[3][3];
+};
+
+/// False where `interpolate_metric2` (or 3) would fail at every t strictly
+/// inside 0 to 1: A or B not positive definite, the reduction failing.
+bool prepare_pair2(const metric2& A, const metric2& B, prepared_pair2& p) noexcept;
+bool prepare_pair3(const metric3& A, const metric3& B, prepared_pair3& p) noexcept;
+
+/// The metric at t of a prepared pair, without the end paths: sizes
+/// ha + t (hb - ha), rebuilt in the common directions. For t outside 0 to
+/// 1 a size that goes invalid gives an all-zero `out` and false.
+bool interpolate_prepared2(double t, const prepared_pair2& p, metric2& out) noexcept;
+bool interpolate_prepared3(double t, const prepared_pair3& p, metric3& out) noexcept;
+
 /// `interpolate_metric3` between columns `a` and `b` of a 6-row array.
 bool interpolate_metric3_at_nodes(const dense2D<double>& metrics, double t, unsigned a, unsigned b,
                                   metric3& out) noexcept;

@@ -75,6 +75,47 @@ bool reduce_pair2(const metric2& A, const metric2& B, double eigenvalues[2], dou
   return true;
 }
 
+bool prepare_pair2(const metric2& A, const metric2& B, prepared_pair2& p) noexcept {
+  double e[2], x[2][2];
+  if (!reduce_pair2(A, B, e, x, true)) return false;
+  // The rows w_k of the inverse of [x_0 x_1] rebuild the metric from its
+  // eigenvalues d in the common directions: M = sum d_k w_k w_k^T, since
+  // w_k . x_i is 1 for k = i and 0 otherwise.
+  const double det = x[0][0] * x[1][1] - x[1][0] * x[0][1];
+  if (det == 0) return false;
+  p.w[0][0] = x[1][1] / det, p.w[0][1] = -x[1][0] / det;
+  p.w[1][0] = -x[0][1] / det, p.w[1][1] = x[0][0] / det;
+  // Forms of A along the common directions; B's are the same times e.
+  double mu[2], lambda[2];
+  for (unsigned k = 0; k < 2; ++k) {
+    const double u = x[k][0], v = x[k][1];
+    mu[k] = A[0] * u * u + 2 * A[1] * u * v + A[2] * v * v;
+    lambda[k] = mu[k] * e[k];
+  }
+  if (!eigenvalues_valid(mu, 2) || !eigenvalues_valid(lambda, 2)) return false;
+  sizes_from_eigen2(mu, p.ha);
+  sizes_from_eigen2(lambda, p.hb);
+  return true;
+}
+
+bool interpolate_prepared2(double t, const prepared_pair2& p, metric2& out) noexcept {
+  double h[2], d[2];
+  for (unsigned k = 0; k < 2; ++k)
+    h[k] = p.ha[k] + t * (p.hb[k] - p.ha[k]);
+  // Between 0 and 1 h lies between two valid sizes; beyond, an
+  // extrapolation can cross zero.
+  if ((t < 0 || t > 1) && !eigenvalues_valid(h, 2)) {
+    out[0] = out[1] = out[2] = 0.0;
+    return false;
+  }
+  eigen_from_sizes2(h, d);
+  const auto& w = p.w;
+  out[0] = d[0] * w[0][0] * w[0][0] + d[1] * w[1][0] * w[1][0];
+  out[1] = d[0] * w[0][1] * w[0][0] + d[1] * w[1][1] * w[1][0];
+  out[2] = d[0] * w[0][1] * w[0][1] + d[1] * w[1][1] * w[1][1];
+  return true;
+}
+
 bool interpolate_metric2(double t, const metric2& A, const metric2& B, metric2& out) noexcept {
   if (std::fabs(t) < 1e-12) {
     out = A;
@@ -84,38 +125,8 @@ bool interpolate_metric2(double t, const metric2& A, const metric2& B, metric2& 
     out = B;
     return true;
   }
-  double e[2], x[2][2];
-  if (!reduce_pair2(A, B, e, x, true)) return false;
-  // The rows w_k of the inverse of [x_0 x_1] rebuild the metric from its
-  // eigenvalues d in the common directions: M = sum d_k w_k w_k^T, since
-  // w_k . x_i is 1 for k = i and 0 otherwise.
-  const double det = x[0][0] * x[1][1] - x[1][0] * x[0][1];
-  if (det == 0) return false;
-  const double w[2][2] = {{x[1][1] / det, -x[1][0] / det}, {-x[0][1] / det, x[0][0] / det}};
-  // Forms of A along the common directions; B's are the same times e.
-  double mu[2], lambda[2];
-  for (unsigned k = 0; k < 2; ++k) {
-    const double u = x[k][0], v = x[k][1];
-    mu[k] = A[0] * u * u + 2 * A[1] * u * v + A[2] * v * v;
-    lambda[k] = mu[k] * e[k];
-  }
-  if (!eigenvalues_valid(mu, 2) || !eigenvalues_valid(lambda, 2)) return false;
-  double ha[2], hb[2], h[2], d[2];
-  sizes_from_eigen2(mu, ha);
-  sizes_from_eigen2(lambda, hb);
-  for (unsigned k = 0; k < 2; ++k)
-    h[k] = ha[k] + t * (hb[k] - ha[k]);
-  // Between 0 and 1 h lies between two valid sizes; beyond, an
-  // extrapolation can cross zero.
-  if ((t < 0 || t > 1) && !eigenvalues_valid(h, 2)) {
-    out[0] = out[1] = out[2] = 0.0;
-    return false;
-  }
-  eigen_from_sizes2(h, d);
-  out[0] = d[0] * w[0][0] * w[0][0] + d[1] * w[1][0] * w[1][0];
-  out[1] = d[0] * w[0][1] * w[0][0] + d[1] * w[1][1] * w[1][0];
-  out[2] = d[0] * w[0][1] * w[0][1] + d[1] * w[1][1] * w[1][1];
-  return true;
+  prepared_pair2 p;
+  return prepare_pair2(A, B, p) && interpolate_prepared2(t, p, out);
 }
 
 } // namespace tesskit2d

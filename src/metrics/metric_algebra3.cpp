@@ -102,21 +102,13 @@ bool reduce_pair3(const metric3& A, const metric3& B, double eigenvalues[3], dou
   return true;
 }
 
-bool interpolate_metric3(double t, const metric3& A, const metric3& B, metric3& out) noexcept {
-  if (std::fabs(t) < 1e-12) {
-    out = A;
-    return true;
-  }
-  if (std::fabs(1 - t) < 1e-12) {
-    out = B;
-    return true;
-  }
+bool prepare_pair3(const metric3& A, const metric3& B, prepared_pair3& p) noexcept {
   double e[3], x[3][3];
   if (!reduce_pair3(A, B, e, x, true)) return false;
   // Dual basis: the rows of the inverse of [x_0 x_1 x_2] are the cross
   // products of the other two columns over the determinant. A singular
   // basis keeps the cofactors as they are.
-  double w[3][3];
+  auto& w = p.w;
   cross(x[1], x[2], w[0]);
   cross(x[2], x[0], w[1]);
   cross(x[0], x[1], w[2]);
@@ -133,21 +125,39 @@ bool interpolate_metric3(double t, const metric3& A, const metric3& B, metric3& 
     lambda[k] = mu[k] * e[k];
   }
   if (!eigenvalues_valid(mu, 3) || !eigenvalues_valid(lambda, 3)) return false;
-  double ha[3], hb[3], h[3], d[3];
-  sizes_from_eigen3(mu, ha);
-  sizes_from_eigen3(lambda, hb);
+  sizes_from_eigen3(mu, p.ha);
+  sizes_from_eigen3(lambda, p.hb);
+  return true;
+}
+
+bool interpolate_prepared3(double t, const prepared_pair3& p, metric3& out) noexcept {
+  double h[3], d[3];
   for (unsigned k = 0; k < 3; ++k)
-    h[k] = ha[k] + t * (hb[k] - ha[k]);
+    h[k] = p.ha[k] + t * (p.hb[k] - p.ha[k]);
   if ((t < 0 || t > 1) && !eigenvalues_valid(h, 3)) {
     for (unsigned k = 0; k < 6; ++k)
       out[k] = 0.0;
     return false;
   }
   eigen_from_sizes3(h, d);
+  const auto& w = p.w;
   for (unsigned i = 0; i < 3; ++i)
     for (unsigned j = 0; j <= i; ++j)
       out(i, j) = d[0] * w[0][i] * w[0][j] + d[1] * w[1][i] * w[1][j] + d[2] * w[2][i] * w[2][j];
   return true;
+}
+
+bool interpolate_metric3(double t, const metric3& A, const metric3& B, metric3& out) noexcept {
+  if (std::fabs(t) < 1e-12) {
+    out = A;
+    return true;
+  }
+  if (std::fabs(1 - t) < 1e-12) {
+    out = B;
+    return true;
+  }
+  prepared_pair3 p;
+  return prepare_pair3(A, B, p) && interpolate_prepared3(t, p, out);
 }
 
 bool interpolate_metric3_at_nodes(const dense2D<double>& metrics, double t, unsigned a, unsigned b,

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "tesskit2d/mesh.h"
@@ -38,13 +39,11 @@ inline metric3 sized3(double h0, double h1, double h2, double angle = 0) {
 
 /// Writes `m` into column `j` of a 3- or 6-row field, or reads it back.
 template <class M> void put(kelm::dense2D<double>& field, unsigned j, const M& m) {
-  for (unsigned k = 0; k < M::packed_size; ++k)
-    field(k, j) = m[k];
+  std::copy(m.m, m.m + M::packed_size, field.column(j));
 }
 template <class M> M column_of(const kelm::dense2D<double>& field, unsigned j) {
   M m;
-  for (unsigned k = 0; k < M::packed_size; ++k)
-    m[k] = field(k, j);
+  std::copy(field.column(j), field.column(j) + M::packed_size, m.m);
   return m;
 }
 
