@@ -1,6 +1,8 @@
 #pragma once
 // Validity checks of ID arrays.
 
+#include "tesskit/export.h"
+
 #include "tesskit/element_type.h"
 #include "treisoma/dense2D.h"
 
@@ -15,15 +17,15 @@ namespace tesskit {
 /// with 0xFFFFFFFF allowed in rows 6 to 8 when row 6 holds it. Any other
 /// kind is refused. An empty array (rows * cols of 0) is accepted whatever
 /// its kind, since it holds no ID to check.
-bool check_IDs(const dense2D<unsigned>& conn, element_type type, unsigned n) noexcept;
+TESSKIT_EXPORT bool check_IDs(const dense2D<unsigned>& conn, element_type type, unsigned n) noexcept;
 
 /// True when every entry is below `n` or is 0xFFFFFFFF (none). The row count
 /// is not looked at. Used for neighbour arrays, where 0xFFFFFFFF marks a
 /// boundary edge.
-bool check_IDs(const dense2D<unsigned>& ids, unsigned n) noexcept;
+TESSKIT_EXPORT bool check_IDs(const dense2D<unsigned>& ids, unsigned n) noexcept;
 
 /// True when every entry is below `n`.
-bool check_IDs(const dense1D<unsigned, 8>& ids, unsigned n) noexcept;
+TESSKIT_EXPORT bool check_IDs(const dense1D<unsigned, 8>& ids, unsigned n) noexcept;
 
 } // namespace tesskit
 } // namespace kelm

@@ -1,6 +1,8 @@
 #pragma once
 // Intersection of two 3D metrics.
 
+#include "tesskit/export.h"
+
 #include "treisoma/fixed.h"
 
 namespace kelm {
@@ -42,8 +44,9 @@ namespace tesskit {
 ///   symmetric_fixed<double, 3> wall = {{100, 0, 1, 0, 0, 1}}, field = {};
 ///   minimum_metric(wall, field, field); // field was zero: it becomes wall
 /// \endcode
-bool minimum_metric(const symmetric_fixed<double, 3>& new_metric, const symmetric_fixed<double, 3>& old_metric,
-                    symmetric_fixed<double, 3>& result) noexcept;
+TESSKIT_EXPORT bool minimum_metric(const symmetric_fixed<double, 3>& new_metric,
+                                   const symmetric_fixed<double, 3>& old_metric,
+                                   symmetric_fixed<double, 3>& result) noexcept;
 
 } // namespace tesskit
 } // namespace kelm

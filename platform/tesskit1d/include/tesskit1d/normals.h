@@ -1,6 +1,8 @@
 #pragma once
 // Node normals of a line mesh in the plane.
 
+#include "tesskit1d/export.h"
+
 #include "treisoma/dense2D.h"
 
 namespace kelm {
@@ -40,8 +42,8 @@ namespace tesskit1d {
 /// After a refusal `node_normals` is empty. `node_normals` must not share a
 /// buffer with `coords`. The small header of the working weights is made
 /// with `operator new`, whose `std::bad_alloc` is not caught.
-int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double power, bool unit,
-            dense2D<double>& node_normals);
+TESSKIT1D_EXPORT int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double power, bool unit,
+                             dense2D<double>& node_normals);
 
 } // namespace tesskit1d
 } // namespace kelm

@@ -1,14 +1,16 @@
 #pragma once
 // Raw storage of treisoma's buffers.
 
+#include "treisoma/export.h"
+
 /// Allocates `bytes` bytes, all zero. Returns null when memory is exhausted;
 /// callers test for null and have no other failure path. Large blocks come
 /// straight from the system's zero pages, so the zeroing costs nothing until
 /// the memory is touched.
-void* __vector_num_alloc(unsigned bytes) noexcept;
+TREISOMA_EXPORT void* __vector_num_alloc(unsigned bytes) noexcept;
 
 /// Frees what `__vector_num_alloc` returned. Null is ignored.
-void __vector_num_free(void* p) noexcept;
+TREISOMA_EXPORT void __vector_num_free(void* p) noexcept;
 
 #ifdef TREISOMA_FAULT_INJECTION
 namespace kelm {
@@ -24,9 +26,9 @@ namespace treisoma {
 /// it. `allocation_failure_fired()` tells whether the armed failure was
 /// reached; a test sweeps n upward until it is not, which proves that every
 /// allocation of a call has been made to fail once.
-void fail_allocation_at(unsigned long n) noexcept;
-void disarm_allocation_failure() noexcept;
-bool allocation_failure_fired() noexcept;
+TREISOMA_EXPORT void fail_allocation_at(unsigned long n) noexcept;
+TREISOMA_EXPORT void disarm_allocation_failure() noexcept;
+TREISOMA_EXPORT bool allocation_failure_fired() noexcept;
 
 } // namespace treisoma
 } // namespace kelm

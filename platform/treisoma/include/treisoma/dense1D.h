@@ -1,6 +1,8 @@
 #pragma once
 // One-dimensional view on a shared buffer.
 
+#include "treisoma/export.h"
+
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -113,7 +115,7 @@ protected:
   dense1D(adopt_t, buffer_type* b) noexcept : buffer(b) {}
 };
 
-extern template class dense1D<double, 8>;
-extern template class dense1D<unsigned, 8>;
+extern template class TREISOMA_EXPORT dense1D<double, 8>;
+extern template class TREISOMA_EXPORT dense1D<unsigned, 8>;
 
 } // namespace kelm

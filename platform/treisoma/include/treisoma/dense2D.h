@@ -1,6 +1,8 @@
 #pragma once
 // Two-dimensional column-major view on a shared buffer.
 
+#include "treisoma/export.h"
+
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -179,7 +181,7 @@ private:
   }
 };
 
-extern template class dense2D<double>;
-extern template class dense2D<unsigned>;
+extern template class TREISOMA_EXPORT dense2D<double>;
+extern template class TREISOMA_EXPORT dense2D<unsigned>;
 
 } // namespace kelm

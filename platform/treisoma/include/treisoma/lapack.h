@@ -1,6 +1,8 @@
 #pragma once
 // The one LAPACK routine that the kelm libraries use.
 
+#include "treisoma/export.h"
+
 namespace kelm {
 namespace lapack {
 
@@ -18,7 +20,8 @@ namespace lapack {
 ///
 /// Returns LAPACK's `info`: 0 on success, -i when argument i was illegal,
 /// i > 0 when the iteration failed to converge.
-int dspev(char jobz, char uplo, int n, double* ap, double* w, double* z, int ldz, double* work) noexcept;
+TREISOMA_EXPORT int dspev(char jobz, char uplo, int n, double* ap, double* w, double* z, int ldz,
+                          double* work) noexcept;
 
 } // namespace lapack
 } // namespace kelm

@@ -1,6 +1,8 @@
 #pragma once
 // The shared, growable buffer behind every treisoma array.
 
+#include "treisoma/export.h"
+
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -90,7 +92,7 @@ public:
   std::uint16_t pad = 0;
 };
 
-extern template class vector_num<double, 8>;
-extern template class vector_num<unsigned, 8>;
+extern template class TREISOMA_EXPORT vector_num<double, 8>;
+extern template class TREISOMA_EXPORT vector_num<unsigned, 8>;
 
 } // namespace kelm
