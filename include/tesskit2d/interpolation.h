@@ -215,7 +215,9 @@ TESSKIT2D_EXPORT int interpolate(const dense2D<double>& coords, const dense2D<un
 /// \retval -199 No memory, after all the checks: for the private copy of
 ///   `coords` or for the node tree, before any target is written; or for the
 ///   fallback round a nearest node, in which case the targets before that
-///   one are written and it and the rest are not.
+///   one are written and it and the rest are not. A `std::bad_alloc` from
+///   the small objects that head the working arrays is caught and reported
+///   the same way; none passes through.
 ///
 /// \pre The elements of `bg_conn` run counter-clockwise and `neighbours`
 ///   names the element really across each edge; otherwise targets may take
