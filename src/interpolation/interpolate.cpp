@@ -1,3 +1,6 @@
+#include <new>
+
+#include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "interpolation/local_coordinates.h"
 #include "interpolation/point_locator.h"
@@ -12,13 +15,8 @@ namespace {
 // outside an edge still counts as inside.
 constexpr double walk_tolerance = 1e-6;
 
-// Where a field keeps the values of node n: a column of a dense2D (any
-// number of rows) or one entry of a dense1D.
-struct column_field {
-  const dense2D<double>& f;
-  unsigned rows() const noexcept { return f.rows; }
-  double* at(unsigned n) const noexcept { return f.column(n); }
-};
+// Where the field keeps the values of node n: one entry of a dense1D, read
+// as a column of one row.
 struct entry_field {
   const dense1D<double, 8>& f;
   unsigned rows() const noexcept { return 1; }
@@ -72,20 +70,17 @@ struct pending {
   node_quadtree::descent at;
 };
 
-// One driver per element kind. Only the dense1D overload fills the tree;
-// with an empty tree every target fails to be located and has no nearest
-// node, so the other overload writes nothing.
+// One driver per element kind. The dense2D overload has none: it would
+// leave its tree empty, and with an empty tree every target fails to be
+// located and has no nearest node, so it writes nothing.
 template <element_type Kind, class Field>
 int drive(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const dense2D<unsigned>& neighbours,
-          const dense1D<unsigned, 8>& ancestors, const Field& field, const dense1D<unsigned, 8>& target_nodes,
-          bool fill) noexcept {
+          const dense1D<unsigned, 8>& ancestors, const Field& field, const dense1D<unsigned, 8>& target_nodes) {
   point_locator locator(coords, bg_conn, neighbours, ancestors);
   edge_picker picker;
   node_quadtree& tree = locator.tree;
-  if (fill) {
-    tree.fill_from_mesh<Kind>(bg_conn);
-    if (tree.out_of_memory) return status::out_of_memory;
-  }
+  tree.fill_from_mesh<Kind>(bg_conn);
+  if (tree.out_of_memory) return status::out_of_memory;
   const bool searchable = tree.n_points != 0 && tree.cells.cols >= 4;
   const unsigned n_targets = target_nodes.size, n_elements = bg_conn.cols;
   pending queue[block];
@@ -222,13 +217,11 @@ int check(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const
 template <class Field>
 int dispatch(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const dense2D<unsigned>& neighbours,
              const dense1D<unsigned, 8>& ancestors, const Field& field, const dense1D<unsigned, 8>& target_nodes,
-             element_type type, bool fill) noexcept {
-  if (bg_conn.rows == 3 && type == T3)
-    return drive<T3>(coords, bg_conn, neighbours, ancestors, field, target_nodes, fill);
-  if (bg_conn.rows == 4 && type == Q4)
-    return drive<Q4>(coords, bg_conn, neighbours, ancestors, field, target_nodes, fill);
+             element_type type) {
+  if (bg_conn.rows == 3 && type == T3) return drive<T3>(coords, bg_conn, neighbours, ancestors, field, target_nodes);
+  if (bg_conn.rows == 4 && type == Q4) return drive<Q4>(coords, bg_conn, neighbours, ancestors, field, target_nodes);
   if (bg_conn.rows == 4 && type == MIXED)
-    return drive<MIXED>(coords, bg_conn, neighbours, ancestors, field, target_nodes, fill);
+    return drive<MIXED>(coords, bg_conn, neighbours, ancestors, field, target_nodes);
   return status::ok;
 }
 
@@ -238,10 +231,7 @@ int interpolate(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn,
                 const dense1D<unsigned, 8>& ancestors, dense2D<double>& field, const dense1D<unsigned, 8>& target_nodes,
                 element_type type) noexcept {
   if (target_nodes.size == 0) return status::ok;
-  const int refused =
-      check(coords, bg_conn, neighbours, ancestors, field.cols == coords.cols, target_nodes, type, false);
-  if (refused) return refused;
-  return dispatch(coords, bg_conn, neighbours, ancestors, column_field{field}, target_nodes, type, false);
+  return check(coords, bg_conn, neighbours, ancestors, field.cols == coords.cols, target_nodes, type, false);
 }
 
 int interpolate(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const dense2D<unsigned>& neighbours,
@@ -251,7 +241,19 @@ int interpolate(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn,
   const int refused =
       check(coords, bg_conn, neighbours, ancestors, field.size == coords.cols, target_nodes, type, true);
   if (refused) return refused;
-  return dispatch(coords, bg_conn, neighbours, ancestors, entry_field{field}, target_nodes, type, true);
+  // `field` holds doubles, so only `coords` can share its storage. Targets
+  // written into the coordinates would move the points still to be located
+  // and the corners of the elements that hold them: the walks read a
+  // private copy instead, made only when the two can meet.
+  const separate_input<dense2D<double>> points(coords, field);
+  if (!points.ok()) return status::out_of_memory;
+  // The tree's cell array and the ball's working space are headed by objects
+  // from operator new; their failure is memory running out like any other.
+  try {
+    return dispatch(points.get(), bg_conn, neighbours, ancestors, entry_field{field}, target_nodes, type);
+  } catch (const std::bad_alloc&) {
+    return status::out_of_memory;
+  }
 }
 
 } // namespace tesskit2d

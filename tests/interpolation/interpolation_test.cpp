@@ -184,3 +184,58 @@ TEST(Interpolate, BlockedSearchesGiveTheValuesOfOneLocatePerTargetInOrder) {
   }
   EXPECT_EQ(as_vector(v), as_vector(ref));
 }
+
+TEST(Interpolate, FieldSharingTheStorageOfCoordsGivesTheResultOfSeparateArrays) {
+  // One buffer holds `coords` and `field` at the offsets of each row; the
+  // field's initial values are whatever coordinates lie under it. The result
+  // must be that of separate arrays holding the same values, bit for bit.
+  background b = grid_background(5, MIXED, 0.2);
+  const dense1D<unsigned> targets = add_targets(b, random_points(40, -0.1, 1.1));
+  const unsigned n = b.xy.cols, size = 2 * n;
+  struct row {
+    unsigned coords_at, field_at;
+    bool raw; // the field a view of the raw storage, on a buffer of its own
+  };
+  for (const row& r : std::vector<row>{{0, 0, false},     // the field over the x and y of the first nodes
+                                       {0, n, false},     // over the last nodes, the targets
+                                       {n, n / 2, false}, // straddling the start of `coords`
+                                       {0, size, false},  // just behind `coords`, on its buffer
+                                       {0, n / 3, true}}) {
+    dense1D<double> room(3 * n);
+    for (unsigned k = 0; k < room.size; ++k)
+      room[k] = 0.25 * (k % 7); // a field of its own where no coordinate lies
+    dense2D<double> xy;
+    xy.buffer = room.buffer;
+    xy.offset = r.coords_at;
+    xy.rows = xy.ld = 2;
+    xy.cols = n;
+    xy.size = size;
+    for (unsigned j = 0; j < n; ++j)
+      xy(0, j) = b.xy(0, j), xy(1, j) = b.xy(1, j);
+    dense1D<double> field = r.raw ? dense1D<double>::view(room.begin() + r.field_at, n) : room;
+    field.offset = r.raw ? 0 : r.field_at;
+    field.size = n;
+    const std::vector<double> initial(field.begin(), field.end());
+    dense2D<double> alone_xy = deep(xy);
+    dense1D<double> alone(n);
+    std::copy(initial.begin(), initial.end(), alone.begin());
+    ASSERT_EQ(interpolate(alone_xy, b.conn, b.neighbours, b.ancestors, alone, targets, MIXED), 0);
+
+    // The private copy is the call's first allocation; without it the call
+    // ends before any target is written.
+    int status = 0;
+    EXPECT_TRUE(
+        fail_during(0, [&] { status = interpolate(xy, b.conn, b.neighbours, b.ancestors, field, targets, MIXED); }));
+    EXPECT_EQ(status, -199);
+    EXPECT_EQ(std::vector<double>(field.begin(), field.end()), initial);
+
+    EXPECT_EQ(interpolate(xy, b.conn, b.neighbours, b.ancestors, field, targets, MIXED), 0) << r.field_at;
+    EXPECT_EQ(std::vector<double>(field.begin(), field.end()), as_vector(alone)) << r.field_at;
+    EXPECT_NE(as_vector(alone), initial);
+  }
+
+  // The columns overload writes nothing, even into `coords` itself.
+  dense2D<double> same = b.xy, kept = deep(b.xy);
+  EXPECT_EQ(interpolate(b.xy, b.conn, b.neighbours, b.ancestors, same, targets, MIXED), 0);
+  EXPECT_EQ(as_vector(b.xy), as_vector(kept));
+}
