@@ -9,12 +9,16 @@
 // traps for that part of the test only:
 //
 //   {
-//     const tk_test::no_fp_traps quiet; // a flat triangle has no circumcentre
-//     EXPECT_EQ(circumcenter_2d(a, b, c, m), max_double);
+//     const tk_test::no_fp_traps nan_given; // a NaN is compared on purpose
+//     EXPECT_EQ(nearest_multiple(std::nan(""), 1), 0u);
 //   }
 //
-// and say in a comment why the answer is NaN or infinite. Release builds
-// and systems without glibc's feenableexcept run without traps.
+// and say in a comment why: a NaN given on purpose, a degenerate input whose
+// answer is NaN or infinite, or an overflow the library makes and recovers
+// from. A test that dies of SIGFPE is found with
+//   gdb -batch -ex run -ex bt --args build/default/tests/test_<folder> --gtest_filter=<test>
+// which stops on the operation that made the NaN. Release builds and
+// systems without glibc's feenableexcept run without traps.
 
 #include <cfenv>
 
