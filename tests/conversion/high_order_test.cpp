@@ -28,124 +28,66 @@ void expect_node(const dense2D<double>& x, unsigned id, double px, double py) {
   EXPECT_NEAR(x(1, id), py, 1e-14) << "node " << id;
 }
 
+// One call of the raise and what it must give: the output columns, the
+// node count after, and some new nodes by ID, x and y.
+struct raise_case {
+  raise_case(const char* what, dense2D<double> x, dense2D<unsigned> mesh, unsigned ne, unsigned nq, unsigned nt,
+             dense2D<unsigned> edges, cols_t want, unsigned n_nodes, std::vector<std::array<double, 3>> nodes)
+      : what(what), x(std::move(x)), mesh(std::move(mesh)), ne(ne), nq(nq), nt(nt), edges(std::move(edges)),
+        want(std::move(want)), n_nodes(n_nodes), nodes(std::move(nodes)) {}
+  const char* what;
+  dense2D<double> x;
+  dense2D<unsigned> mesh;
+  unsigned ne, nq, nt;
+  dense2D<unsigned> edges;
+  cols_t want;
+  unsigned n_nodes;
+  std::vector<std::array<double, 3>> nodes;
+};
+
 } // namespace
 
 TEST(RaiseOrder, NumberingAndPlacementInEveryFormAndLayout) {
   const double t = 1 / 3.0;
   const auto sq4 = coords({{0, 0}, {4, 0}, {0, 4}, {4, 4}});
   const auto strip = coords({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}});
-  const struct {
-    const char* what;
-    dense2D<double> x;
-    dense2D<unsigned> mesh;
-    unsigned ne, nq, nt;
-    dense2D<unsigned> edges;
-    cols_t want;
-    unsigned n_nodes;
-    std::vector<std::array<double, 3>> nodes; // ID, x, y
-  } cases[] = {
+  const raise_case cases[] = {
       // Element 0 meets (1,2), (2,0), (0,1); element 1 meets (3,2), then the
       // shared (2,1), then (1,3).
-      {"shared edge",
-       square(),
-       two_triangles(),
-       1,
-       1,
-       0,
-       {},
-       {{0, 1, 2, 4, 5, 6}, {1, 3, 2, 7, 4, 8}},
-       9,
-       {{1, 1, 0}, {4, 0.5, 0.5}, {5, 0, 0.5}, {6, 0.5, 0}, {7, 0.5, 1}, {8, 1, 0.5}}},
+      raise_case("shared edge", square(), two_triangles(), 1, 1, 0, {}, {{0, 1, 2, 4, 5, 6}, {1, 3, 2, 7, 4, 8}}, 9,
+                 {{1, 1, 0}, {4, 0.5, 0.5}, {5, 0, 0.5}, {6, 0.5, 0}, {7, 0.5, 1}, {8, 1, 0.5}}),
       // Edge (1,2) is stored as met in element 0: nodes 4, 5 run from 1 to 2.
-      {"reversed runs",
-       square(),
-       two_triangles(),
-       2,
-       0,
-       1,
-       {},
-       {{0, 1, 2, 4, 5, 6, 7, 8, 9, 14}, {1, 3, 2, 10, 11, 5, 4, 12, 13, 15}},
-       16,
-       {{4, 2 * t, t}, {5, t, 2 * t}, {14, t, t}, {15, 2 * t, 2 * t}}},
+      raise_case("reversed runs", square(), two_triangles(), 2, 0, 1, {},
+                 {{0, 1, 2, 4, 5, 6, 7, 8, 9, 14}, {1, 3, 2, 10, 11, 5, 4, 12, 13, 15}}, 16,
+                 {{4, 2 * t, t}, {5, t, 2 * t}, {14, t, t}, {15, 2 * t, 2 * t}}),
       // Element 1's edge 0 runs from 3 to itself, which reads as reversed
       // against its own key even where first met; its nodes lie on node 3.
-      {"edge to itself",
-       square(),
-       conn({{0, 1, 2}, {1, 3, 3}}),
-       2,
-       0,
-       0,
-       {},
-       {{0, 1, 2, 4, 5, 6, 7, 8, 9}, {1, 3, 3, 11, 10, 12, 13, 13, 12}},
-       14,
-       {{10, 1, 1}, {11, 1, 1}, {12, 1, 2 * t}, {13, 1, t}}},
+      raise_case("edge to itself", square(), conn({{0, 1, 2}, {1, 3, 3}}), 2, 0, 0, {},
+                 {{0, 1, 2, 4, 5, 6, 7, 8, 9}, {1, 3, 3, 11, 10, 12, 13, 13, 12}}, 14,
+                 {{10, 1, 1}, {11, 1, 1}, {12, 1, 2 * t}, {13, 1, t}}),
       // A unit quadrangle 0 1 4 3 and a triangle 1 2 4 on its right.
-      {"mixed",
-       strip,
-       conn({{0, 1, 4, 3}, {1, 2, 4, N}}),
-       1,
-       1,
-       0,
-       {},
-       {{0, 1, 4, 3, 5, 6, 7, 8, 11}, {1, 2, 4, 9, 6, 10, N, N, N}},
-       12,
-       {{11, 0.5, 0.5}}},
-      {"T6 from 4 rows",
-       strip,
-       conn({{1, 2, 4, N}, {0, 1, 3, N}}),
-       1,
-       1,
-       0,
-       {},
-       {{1, 2, 4, 5, 6, 7}, {0, 1, 3, 8, 9, 10}},
-       11,
-       {}},
-      {"Q8", strip, conn({{0, 1, 4, 3}}), 1, 0, 0, {}, {{0, 1, 4, 3, 5, 6, 7, 8}}, 9, {}},
-      {"interior grid rows of constant v, u fastest",
-       coords({{0, 0}, {3, 0}, {3, 3}, {0, 3}}),
-       conn({{0, 1, 2, 3}}),
-       1,
-       4,
-       0,
-       {},
-       {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}},
-       12,
-       {{8, 1, 1}, {9, 2, 1}, {10, 1, 2}, {11, 2, 2}}},
+      raise_case("mixed", strip, conn({{0, 1, 4, 3}, {1, 2, 4, N}}), 1, 1, 0, {},
+                 {{0, 1, 4, 3, 5, 6, 7, 8, 11}, {1, 2, 4, 9, 6, 10, N, N, N}}, 12, {{11, 0.5, 0.5}}),
+      raise_case("T6 from 4 rows", strip, conn({{1, 2, 4, N}, {0, 1, 3, N}}), 1, 1, 0, {},
+                 {{1, 2, 4, 5, 6, 7}, {0, 1, 3, 8, 9, 10}}, 11, {}),
+      raise_case("Q8", strip, conn({{0, 1, 4, 3}}), 1, 0, 0, {}, {{0, 1, 4, 3, 5, 6, 7, 8}}, 9, {}),
+      raise_case("interior grid rows of constant v, u fastest", coords({{0, 0}, {3, 0}, {3, 3}, {0, 3}}),
+                 conn({{0, 1, 2, 3}}), 1, 4, 0, {}, {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}}, 12,
+                 {{8, 1, 1}, {9, 2, 1}, {10, 1, 2}, {11, 2, 2}}),
       // Three interior nodes per triangle: two are kept, the numbering moves
       // by two, and the trailing columns stay zero.
-      {"partial three-node triangle",
-       sq4,
-       two_triangles(),
-       1,
-       0,
-       3,
-       {},
-       {{0, 1, 2, 4, 5, 6, 9, 10, N}, {1, 3, 2, 7, 4, 8, 11, 12, N}},
-       15,
-       {{9, 1, 2}, {10, 1, 1}, {11, 2, 3}, {13, 3, 3}, {14, 0, 0}}},
+      raise_case("partial three-node triangle", sq4, two_triangles(), 1, 0, 3, {},
+                 {{0, 1, 2, 4, 5, 6, 9, 10, N}, {1, 3, 2, 7, 4, 8, 11, 12, N}}, 15,
+                 {{9, 1, 2}, {10, 1, 1}, {11, 2, 3}, {13, 3, 3}, {14, 0, 0}}),
       // Node 4 is an existing, off-centre mid node of edge 2-1; T6 shape
       // functions at the centroid: -1/9 per corner, 4/9 per mid node.
-      {"known mid node",
-       coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.6, 0.6}}),
-       two_triangles(),
-       1,
-       0,
-       1,
-       conn({{2, 1, 4}}),
-       {{0, 1, 2, 4, 5, 6, 9}, {1, 3, 2, 7, 4, 8, 10}},
-       11,
-       {{4, 0.6, 0.6}, {9, -1.0 / 9 + 4.0 / 9 * 1.1, -1.0 / 9 + 4.0 / 9 * 1.1}}},
+      raise_case("known mid node", coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.6, 0.6}}), two_triangles(), 1, 0, 1,
+                 conn({{2, 1, 4}}), {{0, 1, 2, 4, 5, 6, 9}, {1, 3, 2, 7, 4, 8, 10}}, 11,
+                 {{4, 0.6, 0.6}, {9, -1.0 / 9 + 4.0 / 9 * 1.1, -1.0 / 9 + 4.0 / 9 * 1.1}}),
       // The run 4, 5 given from node 2 towards node 1, against element 0.
-      {"known run",
-       coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.3, 0.7}, {0.7, 0.3}}),
-       two_triangles(),
-       2,
-       0,
-       0,
-       conn({{2, 1, 4, 0}}),
-       {{0, 1, 2, 5, 4, 6, 7, 8, 9}, {1, 3, 2, 10, 11, 4, 5, 12, 13}},
-       14,
-       {{5, 0.7, 0.3}}},
+      raise_case("known run", coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.3, 0.7}, {0.7, 0.3}}), two_triangles(), 2, 0,
+                 0, conn({{2, 1, 4, 0}}), {{0, 1, 2, 5, 4, 6, 7, 8, 9}, {1, 3, 2, 10, 11, 4, 5, 12, 13}}, 14,
+                 {{5, 0.7, 0.3}}),
   };
   for (const auto& k : cases)
     for (int form = 0; form < 3; ++form) { // out of place, in place, in place through strided views
