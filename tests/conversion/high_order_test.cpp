@@ -31,10 +31,11 @@ void expect_node(const dense2D<double>& x, unsigned id, double px, double py) {
 // One call of the raise and what it must give: the output columns, the
 // node count after, and some new nodes by ID, x and y.
 struct raise_case {
-  raise_case(const char* what, dense2D<double> x, dense2D<unsigned> mesh, unsigned ne, unsigned nq, unsigned nt,
-             dense2D<unsigned> edges, cols_t want, unsigned n_nodes, std::vector<std::array<double, 3>> nodes)
-      : what(what), x(std::move(x)), mesh(std::move(mesh)), ne(ne), nq(nq), nt(nt), edges(std::move(edges)),
-        want(std::move(want)), n_nodes(n_nodes), nodes(std::move(nodes)) {}
+  raise_case(const char* what, const dense2D<double>& x, const dense2D<unsigned>& mesh, unsigned ne, unsigned nq,
+             unsigned nt, const dense2D<unsigned>& edges, cols_t want, unsigned n_nodes,
+             std::vector<std::array<double, 3>> nodes)
+      : what(what), x(x), mesh(mesh), ne(ne), nq(nq), nt(nt), edges(edges), want(std::move(want)), n_nodes(n_nodes),
+        nodes(std::move(nodes)) {}
   const char* what;
   dense2D<double> x;
   dense2D<unsigned> mesh;
