@@ -102,7 +102,7 @@ TEST(SplitQ4IntoT3WithCoords, CountsQuadranglesCopiesTrianglesAndChecksInOrder) 
   }
 }
 
-TEST(SplitIntoQ4, SharedEdgeGetsOneNodeAndChildrenStartAtCorners) {
+TEST(SplitIntoQ4, SharedEdgeGetsOneNodeChildrenStartAtCornersAndKnownEdgesKeepTheirNode) {
   auto x = coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}});
   dense2D<unsigned> out = conn({{9, 9, 9, 9}});
   ASSERT_EQ(split_into_Q4(x, strided(conn({{0, 1, 2}, {1, 3, 2}})), out, dense2D<unsigned>()), 0);
@@ -113,6 +113,13 @@ TEST(SplitIntoQ4, SharedEdgeGetsOneNodeAndChildrenStartAtCorners) {
   ASSERT_EQ(x.cols, 11u);
   EXPECT_NEAR(x(0, 9), 1 / 3.0, 1e-15);
   EXPECT_NEAR(x(1, 4), 0.5, 1e-15);
+
+  auto k = coords({{0, 0}, {2, 0}, {0, 2}, {0.9, 0.9}});
+  dense2D<unsigned> three;
+  ASSERT_EQ(split_into_Q4(k, conn({{0, 1, 2}}), three, conn({{2, 1, 3}})), 0);
+  EXPECT_EQ(three.cols, 3u);
+  EXPECT_EQ(three(1, 1), 3u); // the given mid node of 1-2
+  EXPECT_EQ(k.cols, 4u + 2u + 1u);
 }
 
 TEST(SplitIntoQ4, RandomMixedMeshesKeepTheirAreaAndOrientation) {
@@ -137,29 +144,20 @@ TEST(SplitIntoQ4, RandomMixedMeshesKeepTheirAreaAndOrientation) {
   }
 }
 
-TEST(SplitIntoQ4, ThreeRowTrianglesKnownEdgesAndStatuses) {
-  auto x = coords({{0, 0}, {2, 0}, {0, 2}, {0.9, 0.9}});
-  dense2D<unsigned> out;
-  ASSERT_EQ(split_into_Q4(x, conn({{0, 1, 2}}), out, conn({{2, 1, 3}})), 0);
-  EXPECT_EQ(out.cols, 3u);
-  EXPECT_EQ(out(1, 1), 3u); // the given mid node of 1-2
-  EXPECT_EQ(x.cols, 4u + 2u + 1u);
-
+TEST(SplitIntoQ4, StatusesInCheckingOrderAndOutOfMemoryRollBack) {
   dense2D<double> bad_x(4, 3, 0.0);
   auto x3 = coords({{0, 0}, {2, 0}, {0, 2}});
-  dense2D<unsigned> bad_out = conn({{1, 2, 3}});
-  const dense2D<unsigned> none;
+  dense2D<unsigned> bad_out = conn({{1, 2, 3}}), empty;
   EXPECT_EQ(split_into_Q4(x3, dense2D<unsigned>(4, 0), bad_out, conn({{9}})), 0);
   EXPECT_EQ(split_into_Q4(bad_x, conn({{0, 1, 5}}), bad_out, conn({{9}})), -1);
   EXPECT_EQ(split_into_Q4(x3, conn({{0, 1, 5}}), bad_out, conn({{9}})), -2);
   EXPECT_EQ(split_into_Q4(x3, conn({{0, 1, 2}}), bad_out, conn({{9}})), -3);
-  dense2D<unsigned> empty;
   EXPECT_EQ(split_into_Q4(x3, conn({{0, 1, 2}}), empty, conn({{0, 1}})), -4);
   EXPECT_EQ(split_into_Q4(x3, conn({{0, 1, 2}}), empty, conn({{0, 1, 7}})), -4);
-  EXPECT_EQ(x3.cols, 3u);
-  EXPECT_EQ(bad_out.cols, 1u);
+  EXPECT_EQ(x3.cols + bad_out.cols, 3u + 1u);
 
   const auto mesh = make_random_mesh(3, 11);
+  const dense2D<unsigned> none;
   sweep_allocation_failures([&](unsigned long n) {
     auto xs = own_copy(mesh.coords);
     auto o = conn({{5, 5, 5, 5}});

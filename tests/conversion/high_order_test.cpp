@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <map>
+#include <string>
 #include <utility>
 
 #include "support/allocation_failure.h"
@@ -26,52 +28,84 @@ void expect_node(const dense2D<double>& x, unsigned id, double px, double py) {
   EXPECT_NEAR(x(1, id), py, 1e-14) << "node " << id;
 }
 
+// One call of the raise and what it must give: the output columns, the
+// node count after, and some new nodes by ID, x and y.
+struct raise_case {
+  raise_case(const char* what, const dense2D<double>& x, const dense2D<unsigned>& mesh, unsigned ne, unsigned nq,
+             unsigned nt, const dense2D<unsigned>& edges, cols_t want, unsigned n_nodes,
+             std::vector<std::array<double, 3>> nodes)
+      : what(what), x(x), mesh(mesh), ne(ne), nq(nq), nt(nt), edges(edges), want(std::move(want)), n_nodes(n_nodes),
+        nodes(std::move(nodes)) {}
+  const char* what;
+  dense2D<double> x;
+  dense2D<unsigned> mesh;
+  unsigned ne, nq, nt;
+  dense2D<unsigned> edges;
+  cols_t want;
+  unsigned n_nodes;
+  std::vector<std::array<double, 3>> nodes;
+};
+
 } // namespace
 
-TEST(RaiseOrder, SharedEdgeGetsOneMidNodeNumberedInFirstMeetingOrder) {
-  for (bool stride : {false, true}) {
-    auto x = stride ? strided(square()) : square();
-    auto c = stride ? strided(two_triangles()) : own_copy(two_triangles());
-    ASSERT_EQ(convert_into_quadratic(x, c), 0);
-    // Element 0 meets (1,2), (2,0), (0,1); element 1 meets (3,2), then the
-    // shared (2,1), then (1,3).
-    EXPECT_EQ(as_columns(c), (cols_t{{0, 1, 2, 4, 5, 6}, {1, 3, 2, 7, 4, 8}}));
-    ASSERT_EQ(x.cols, 9u);
-    expect_node(x, 1, 1, 0); // old nodes stay
-    expect_node(x, 4, 0.5, 0.5);
-    expect_node(x, 5, 0, 0.5);
-    expect_node(x, 6, 0.5, 0);
-    expect_node(x, 7, 0.5, 1);
-    expect_node(x, 8, 1, 0.5);
-  }
-}
-
-TEST(RaiseOrder, EdgeRunsAreReversedInTheSecondElement) {
-  auto x = square();
-  dense2D<unsigned> out;
-  ASSERT_EQ(convert_into_high_order(x, strided(two_triangles()), 2, 0, 1, out, dense2D<unsigned>()), 0);
-  // Edge (1,2) is stored as met in element 0: nodes 4, 5 run from 1 to 2.
-  EXPECT_EQ(as_columns(out), (cols_t{{0, 1, 2, 4, 5, 6, 7, 8, 9, 14}, {1, 3, 2, 10, 11, 5, 4, 12, 13, 15}}));
-  ASSERT_EQ(x.cols, 16u);
-  expect_node(x, 4, 2 / 3.0, 1 / 3.0);
-  expect_node(x, 5, 1 / 3.0, 2 / 3.0);
-  expect_node(x, 14, 1 / 3.0, 1 / 3.0); // centroid
-  expect_node(x, 15, 2 / 3.0, 2 / 3.0);
-}
-
-TEST(RaiseOrder, AnEdgeFromANodeToItselfPutsItsNodesOnThatNode) {
-  // Element 1 repeats node 3: its edge 0 runs from 3 to itself, which reads
-  // as reversed against its own key, so its run is written backwards even
-  // where it is first met. Its nodes must still be placed, all on node 3.
-  auto x = coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}});
-  dense2D<unsigned> out;
-  ASSERT_EQ(convert_into_high_order(x, conn({{0, 1, 2}, {1, 3, 3}}), 2, 0, 0, out, dense2D<unsigned>()), 0);
-  EXPECT_EQ(as_columns(out), (cols_t{{0, 1, 2, 4, 5, 6, 7, 8, 9}, {1, 3, 3, 11, 10, 12, 13, 13, 12}}));
-  ASSERT_EQ(x.cols, 14u);
-  expect_node(x, 10, 1, 1);
-  expect_node(x, 11, 1, 1);
-  expect_node(x, 12, 1, 2.0 / 3); // edge (3, 1), a third of the way from 3
-  expect_node(x, 13, 1, 1.0 / 3);
+TEST(RaiseOrder, NumberingAndPlacementInEveryFormAndLayout) {
+  const double t = 1 / 3.0;
+  const auto sq4 = coords({{0, 0}, {4, 0}, {0, 4}, {4, 4}});
+  const auto strip = coords({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}});
+  const raise_case cases[] = {
+      // Element 0 meets (1,2), (2,0), (0,1); element 1 meets (3,2), then the
+      // shared (2,1), then (1,3).
+      raise_case("shared edge", square(), two_triangles(), 1, 1, 0, {}, {{0, 1, 2, 4, 5, 6}, {1, 3, 2, 7, 4, 8}}, 9,
+                 {{1, 1, 0}, {4, 0.5, 0.5}, {5, 0, 0.5}, {6, 0.5, 0}, {7, 0.5, 1}, {8, 1, 0.5}}),
+      // Edge (1,2) is stored as met in element 0: nodes 4, 5 run from 1 to 2.
+      raise_case("reversed runs", square(), two_triangles(), 2, 0, 1, {},
+                 {{0, 1, 2, 4, 5, 6, 7, 8, 9, 14}, {1, 3, 2, 10, 11, 5, 4, 12, 13, 15}}, 16,
+                 {{4, 2 * t, t}, {5, t, 2 * t}, {14, t, t}, {15, 2 * t, 2 * t}}),
+      // Element 1's edge 0 runs from 3 to itself, which reads as reversed
+      // against its own key even where first met; its nodes lie on node 3.
+      raise_case("edge to itself", square(), conn({{0, 1, 2}, {1, 3, 3}}), 2, 0, 0, {},
+                 {{0, 1, 2, 4, 5, 6, 7, 8, 9}, {1, 3, 3, 11, 10, 12, 13, 13, 12}}, 14,
+                 {{10, 1, 1}, {11, 1, 1}, {12, 1, 2 * t}, {13, 1, t}}),
+      // A unit quadrangle 0 1 4 3 and a triangle 1 2 4 on its right.
+      raise_case("mixed", strip, conn({{0, 1, 4, 3}, {1, 2, 4, N}}), 1, 1, 0, {},
+                 {{0, 1, 4, 3, 5, 6, 7, 8, 11}, {1, 2, 4, 9, 6, 10, N, N, N}}, 12, {{11, 0.5, 0.5}}),
+      raise_case("T6 from 4 rows", strip, conn({{1, 2, 4, N}, {0, 1, 3, N}}), 1, 1, 0, {},
+                 {{1, 2, 4, 5, 6, 7}, {0, 1, 3, 8, 9, 10}}, 11, {}),
+      raise_case("Q8", strip, conn({{0, 1, 4, 3}}), 1, 0, 0, {}, {{0, 1, 4, 3, 5, 6, 7, 8}}, 9, {}),
+      raise_case("interior grid rows of constant v, u fastest", coords({{0, 0}, {3, 0}, {3, 3}, {0, 3}}),
+                 conn({{0, 1, 2, 3}}), 1, 4, 0, {}, {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}}, 12,
+                 {{8, 1, 1}, {9, 2, 1}, {10, 1, 2}, {11, 2, 2}}),
+      // Three interior nodes per triangle: two are kept, the numbering moves
+      // by two, and the trailing columns stay zero.
+      raise_case("partial three-node triangle", sq4, two_triangles(), 1, 0, 3, {},
+                 {{0, 1, 2, 4, 5, 6, 9, 10, N}, {1, 3, 2, 7, 4, 8, 11, 12, N}}, 15,
+                 {{9, 1, 2}, {10, 1, 1}, {11, 2, 3}, {13, 3, 3}, {14, 0, 0}}),
+      // Node 4 is an existing, off-centre mid node of edge 2-1; T6 shape
+      // functions at the centroid: -1/9 per corner, 4/9 per mid node.
+      raise_case("known mid node", coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.6, 0.6}}), two_triangles(), 1, 0, 1,
+                 conn({{2, 1, 4}}), {{0, 1, 2, 4, 5, 6, 9}, {1, 3, 2, 7, 4, 8, 10}}, 11,
+                 {{4, 0.6, 0.6}, {9, -1.0 / 9 + 4.0 / 9 * 1.1, -1.0 / 9 + 4.0 / 9 * 1.1}}),
+      // The run 4, 5 given from node 2 towards node 1, against element 0.
+      raise_case("known run", coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.3, 0.7}, {0.7, 0.3}}), two_triangles(), 2, 0,
+                 0, conn({{2, 1, 4, 0}}), {{0, 1, 2, 5, 4, 6, 7, 8, 9}, {1, 3, 2, 10, 11, 4, 5, 12, 13}}, 14,
+                 {{5, 0.7, 0.3}}),
+  };
+  for (const auto& k : cases)
+    for (int form = 0; form < 3; ++form) { // out of place, in place, in place through strided views
+      SCOPED_TRACE(std::string(k.what) + " form " + std::to_string(form));
+      auto x = form == 2 ? strided(k.x) : own_copy(k.x);
+      auto c = form == 2 ? strided(k.mesh) : own_copy(k.mesh);
+      dense2D<unsigned> out = conn({{7}});
+      ASSERT_EQ(form == 0 ? convert_into_high_order(x, strided(k.mesh), k.ne, k.nq, k.nt, out, k.edges)
+                          : convert_into_high_order(x, c, k.ne, k.nq, k.nt, k.edges),
+                0);
+      EXPECT_EQ(as_columns(form == 0 ? out : c), k.want);
+      ASSERT_EQ(x.cols, k.n_nodes);
+      for (unsigned id = 0; id < k.x.cols; ++id) // old nodes stay
+        EXPECT_EQ(x(0, id), k.x(0, id));
+      for (const auto& n : k.nodes)
+        expect_node(x, static_cast<unsigned>(n[0]), n[1], n[2]);
+    }
 }
 
 TEST(RaiseOrder, NumberingSurvivesARebuildOfTheMapMidway) {
@@ -119,82 +153,6 @@ TEST(RaiseOrder, SurfacesInSpaceGetAllThreeCoordinates) {
     EXPECT_DOUBLE_EQ(x(i, out(8, 0)), (x0(i, 0) + x0(i, 1) + x0(i, 2) + x0(i, 3)) / 4);
     EXPECT_NEAR(x(i, out(6, 1)), (x0(i, 1) + x0(i, 4) + x0(i, 2)) / 3, 1e-15);
   }
-}
-
-TEST(RaiseOrder, MixedMeshGetsNineRowsAndTrianglesEndInNullId) {
-  // A unit quadrangle 0 1 4 3 and a triangle 1 2 4 on its right.
-  const auto x0 = coords({{0, 0}, {1, 0}, {2, 0}, {0, 1}, {1, 1}});
-  const auto mesh = conn({{0, 1, 4, 3}, {1, 2, 4, N}});
-  auto x = own_copy(x0);
-  auto c = strided(mesh);
-  ASSERT_EQ(convert_into_quadratic(x, c), 0);
-  EXPECT_EQ(as_columns(c), (cols_t{{0, 1, 4, 3, 5, 6, 7, 8, 11}, {1, 2, 4, 9, 6, 10, N, N, N}}));
-  ASSERT_EQ(x.cols, 12u);
-  expect_node(x, 11, 0.5, 0.5);
-
-  // Only triangles in a 4-row array: T6 columns, no centre rows.
-  auto xt = own_copy(x0);
-  auto tri = conn({{1, 2, 4, N}, {0, 1, 3, N}});
-  ASSERT_EQ(convert_into_quadratic(xt, tri), 0);
-  EXPECT_EQ(tri.rows, 6u);
-  EXPECT_EQ(xt.cols, 5u + 6u);
-
-  // Q8: edge nodes only.
-  auto x8 = own_copy(x0);
-  dense2D<unsigned> q8;
-  ASSERT_EQ(convert_into_high_order(x8, conn({{0, 1, 4, 3}}), 1, 0, 0, q8, dense2D<unsigned>()), 0);
-  EXPECT_EQ(as_columns(q8), (cols_t{{0, 1, 4, 3, 5, 6, 7, 8}}));
-}
-
-TEST(RaiseOrder, InteriorGridsAndThePartialThreeNodeTriangle) {
-  auto x = coords({{0, 0}, {3, 0}, {3, 3}, {0, 3}});
-  dense2D<unsigned> out;
-  ASSERT_EQ(convert_into_high_order(x, conn({{0, 1, 2, 3}}), 1, 4, 0, out, dense2D<unsigned>()), 0);
-  ASSERT_EQ(out.rows, 12u);
-  EXPECT_EQ(as_columns(out)[0], (std::vector<unsigned>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
-  expect_node(x, 8, 1, 1); // rows of constant v, u fastest
-  expect_node(x, 9, 2, 1);
-  expect_node(x, 10, 1, 2);
-  expect_node(x, 11, 2, 2);
-
-  // Three interior nodes per triangle: two are kept, the numbering moves by
-  // two, and the trailing columns stay zero.
-  auto xt = coords({{0, 0}, {4, 0}, {0, 4}, {4, 4}});
-  dense2D<unsigned> t;
-  ASSERT_EQ(convert_into_high_order(xt, two_triangles(), 1, 0, 3, t, dense2D<unsigned>()), 0);
-  EXPECT_EQ(as_columns(t), (cols_t{{0, 1, 2, 4, 5, 6, 9, 10, N}, {1, 3, 2, 7, 4, 8, 11, 12, N}}));
-  ASSERT_EQ(xt.cols, 9u + 6u);
-  expect_node(xt, 9, 1, 2);  // (1/4, 1/4): weights of corners 0 and 1
-  expect_node(xt, 10, 1, 1); // (1/2, 1/4)
-  expect_node(xt, 11, 2, 3); // the second triangle's first point, over the first's third
-  expect_node(xt, 13, 3, 3); // the second triangle's third point, never referenced
-  expect_node(xt, 14, 0, 0);
-}
-
-TEST(RaiseOrder, KnownEdgesKeepTheirNodesAndBendTheInterior) {
-  // Node 4 is an existing, off-centre mid node of edge 2-1.
-  auto x = coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.6, 0.6}});
-  auto c = two_triangles();
-  c = own_copy(c);
-  const auto edges = conn({{2, 1, 4}});
-  dense2D<unsigned> out;
-  ASSERT_EQ(convert_into_high_order(x, c, 1, 0, 1, out, edges), 0);
-  EXPECT_EQ(as_columns(out), (cols_t{{0, 1, 2, 4, 5, 6, 9}, {1, 3, 2, 7, 4, 8, 10}}));
-  ASSERT_EQ(x.cols, 11u);
-  expect_node(x, 4, 0.6, 0.6);
-  // T6 shape functions at the centroid: -1/9 per corner, 4/9 per mid node.
-  const double cx = (-1.0 / 9) * (0 + 1 + 0) + (4.0 / 9) * (0.6 + 0 + 0.5);
-  const double cy = (-1.0 / 9) * (0 + 0 + 1) + (4.0 / 9) * (0.6 + 0.5 + 0);
-  expect_node(x, 9, cx, cy);
-
-  // Two nodes per edge given as the run 4, 5 from node 2 towards node 1:
-  // element 0 runs 1 -> 2, against the given direction.
-  auto x2 = coords({{0, 0}, {1, 0}, {0, 1}, {1, 1}, {0.3, 0.7}, {0.7, 0.3}});
-  dense2D<unsigned> out2;
-  ASSERT_EQ(convert_into_high_order(x2, two_triangles(), 2, 0, 0, out2, conn({{2, 1, 4, 0}})), 0);
-  EXPECT_EQ(as_columns(out2)[0], (std::vector<unsigned>{0, 1, 2, 5, 4, 6, 7, 8, 9}));
-  EXPECT_EQ(as_columns(out2)[1], (std::vector<unsigned>{1, 3, 2, 10, 11, 4, 5, 12, 13}));
-  expect_node(x2, 5, 0.7, 0.3);
 }
 
 TEST(RaiseOrder, StatusesInCheckingOrderAndTheEmptiedConn) {

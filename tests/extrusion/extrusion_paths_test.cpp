@@ -4,8 +4,10 @@
 #include <utility>
 #include <vector>
 
+#include "extrusion/layer_spacing.h"
 #include "support/allocation_failure.h"
 #include "support/arrays.h"
+#include "support/fp_traps.h"
 #include "support/planar_area.h"
 #include "tesskit2d/extrusion.h"
 
@@ -13,6 +15,7 @@ using namespace tk_test;
 using namespace kelm::tesskit2d;
 using v2 = kelm::vector_fixed<double, 2>;
 using v3 = kelm::vector_fixed<double, 3>;
+using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
 
@@ -153,12 +156,10 @@ TEST(ExtrusionLayers, GradedTranslationRoundsTheLayerCountAndGrowsGeometrically)
     dense2D<unsigned> out;
     ASSERT_EQ(extrude_translate_Q4(c, conn({{0, 1}}), v2{{0, 10}}, 1.0, 2.0, even, out), 0);
     const unsigned n = even ? 8 : 7; // 6.93 layers: 7, and 8 (not 6) when even
-    ASSERT_EQ(out.cols, n);
     ASSERT_EQ(c.cols, 2 + 2 * n);
     EXPECT_NEAR(c(1, 2 * n), 10.0, 1e-12); // the whole path is honoured
-    const double ratio = std::pow(2.0, 1.0 / n);
-    for (unsigned j = 2; j <= n; ++j) // thicknesses grow by one ratio
-      EXPECT_NEAR((c(1, 2 * j) - c(1, 2 * j - 2)) / (c(1, 2 * j - 2) - c(1, 2 * j - 4)), ratio, 1e-12);
+    for (unsigned j = 2; j <= n; ++j)      // thicknesses grow by one ratio
+      EXPECT_NEAR((c(1, 2 * j) - c(1, 2 * j - 2)) / (c(1, 2 * j - 2) - c(1, 2 * j - 4)), std::pow(2.0, 1.0 / n), 1e-12);
   }
   // A path of zero length still makes one layer in a translation, even with
   // `even`, but none in a spiral.
@@ -167,23 +168,20 @@ TEST(ExtrusionLayers, GradedTranslationRoundsTheLayerCountAndGrowsGeometrically)
   ASSERT_EQ(extrude_translate_Q4(c, chain(), v2{}, 1.0, 1.0, true, out), 0);
   EXPECT_EQ(out.cols, 2u);
   ASSERT_EQ(extrude_spiral_Q4(s, chain(), zero, w, zero, 1.0, 1.0, false, none), 0);
-  EXPECT_EQ(none.cols, 0u);
-  EXPECT_EQ(s.cols, 3u);
+  EXPECT_EQ(none.cols + s.cols, 3u);
 }
 
-TEST(ExtrusionGeometry, TranslationAreaIsLineLengthTimesHeight) {
+TEST(ExtrusionGeometry, TranslationAreaIsLineLengthTimesHeightAndSpaceLiftsTheRows) {
   for (int pattern : {-1, 0, 1, 2}) {
     auto c = line(2);
     dense2D<unsigned> out;
-    const v2 d = {{0, 2}};
-    ASSERT_EQ(pattern < 0 ? extrude_translate_Q4(c, chain(), d, 4u, out)
-                          : extrude_translate_T3(c, chain(), d, 4u, pattern, out),
+    ASSERT_EQ(pattern < 0 ? extrude_translate_Q4(c, chain(), v2{{0, 2}}, 4u, out)
+                          : extrude_translate_T3(c, chain(), v2{{0, 2}}, 4u, pattern, out),
               0);
     double smallest = 0;
     EXPECT_NEAR(signed_area(c, out, &smallest), 3.0 * 2.0, 1e-13);
     EXPECT_GT(smallest, 0.0); // a line walked along +x swept along +y is counter-clockwise
   }
-  // A translation in space lifts 2-row coordinates to 3 rows.
   auto c = line(2);
   dense2D<unsigned> out;
   ASSERT_EQ(extrude_translate_Q4(c, chain(), v3{{0, 2, 6}}, 3u, out), 0);
@@ -195,24 +193,19 @@ TEST(ExtrusionGeometry, TranslationAreaIsLineLengthTimesHeight) {
 }
 
 TEST(ExtrusionGeometry, RotationKeepsDistancesFromTheAxisAndAFullTurnClosesInSpace) {
-  auto c = line(2);
-  dense2D<unsigned> out;
+  auto c = line(2), s = line(3);
+  dense2D<unsigned> out, out3;
   const v2 o = {{0.5, -1}};
-  ASSERT_EQ(extrude_rotate_Q4(c, chain(), o, 1.3, 5u, out), 0);
-  for (unsigned id = 3; id < c.cols; ++id)
-    EXPECT_NEAR(distance(c.column(id), o.v, 2), distance(c.column(id % 3), o.v, 2), 1e-13);
-
-  // In space: the distance from the centre and the position along the axis stay.
-  auto s = line(3);
   const v3 centre = {{1, 2, 3}}, tilted = {{0.3, -0.2, 0.9}};
-  dense2D<unsigned> out3;
+  ASSERT_EQ(extrude_rotate_Q4(c, chain(), o, 1.3, 5u, out), 0);
   ASSERT_EQ(extrude_rotate_Q4(s, chain(), centre, tilted, 4u, out3), 0);
   auto along = [&](const double* x) { return (x[0] - 1) * 0.3 - (x[1] - 2) * 0.2 + (x[2] - 3) * 0.9; };
-  for (unsigned id = 3; id < s.cols; ++id) {
+  for (unsigned id = 3; id < c.cols; ++id)
+    EXPECT_NEAR(distance(c.column(id), o.v, 2), distance(c.column(id % 3), o.v, 2), 1e-13);
+  for (unsigned id = 3; id < s.cols; ++id) { // in space the position along the axis stays too
     EXPECT_NEAR(along(s.column(id)), along(s.column(id % 3)), 1e-13);
     EXPECT_NEAR(distance(s.column(id), centre.v, 3), distance(s.column(id % 3), centre.v, 3), 1e-13);
   }
-
   // A full turn ends on the input nodes, as new IDs; small steps use the
   // series of the rotation and stay exact to rounding.
   for (unsigned layers : {8u, 100000u}) {
@@ -229,21 +222,18 @@ TEST(ExtrusionGeometry, RotationKeepsDistancesFromTheAxisAndAFullTurnClosesInSpa
 }
 
 TEST(ExtrusionGeometry, RotationLengthComesFromTheFirstNodeAndRowsFollowPlaneOrSpace) {
-  auto c = coords({{0, 0}, {5, 0}});
   dense2D<unsigned> out;
-  // x0 on the centre: no length, one layer, although node 1 sweeps far.
-  ASSERT_EQ(extrude_rotate_Q4(c, conn({{0, 1}}), v2{}, 1.0, 0.1, 0.1, false, out), 0);
-  EXPECT_EQ(out.cols, 1u);
-  auto d = coords({{0, 0}, {5, 0}});
-  ASSERT_EQ(extrude_rotate_Q4(d, conn({{1, 0}}), v2{}, 1.0, 0.5, 0.5, false, out), 0);
-  EXPECT_EQ(out.cols, 1u + 10); // arc 5 of node 1, now first
-
+  for (bool centre_first : {true, false}) { // x0 on the centre: no length, one layer
+    auto c = coords({{0, 0}, {5, 0}});
+    const double h = centre_first ? 0.1 : 0.5;
+    ASSERT_EQ(extrude_rotate_Q4(c, centre_first ? conn({{0, 1}}) : conn({{1, 0}}), v2{}, 1.0, h, h, false, out), 0);
+    EXPECT_EQ(out.cols, centre_first ? 1u : 11u); // else the arc 5 of node 1
+  }
   // The plane rotation drops a third row; the spatial one adds it and widens
   // a 3-row output into a mixed 4-row mesh.
   auto c3 = line(3), c2 = line(2);
   ASSERT_EQ(extrude_rotate_Q4(c3, chain(), o2, 1.0, 2u, out), 0);
-  EXPECT_EQ(c3.rows, 2u);
-  EXPECT_EQ(c3.cols, 9u);
+  EXPECT_EQ(c3.rows * c3.cols, 2u * 9);
   auto mixed = conn({{7, 8, 9}});
   ASSERT_EQ(extrude_rotate_Q4(c2, chain(), o3, w, 1u, mixed), 0);
   EXPECT_EQ(c2.rows, 3u);
@@ -251,7 +241,7 @@ TEST(ExtrusionGeometry, RotationLengthComesFromTheFirstNodeAndRowsFollowPlaneOrS
   EXPECT_EQ(as_columns(mixed)[0], (std::vector<unsigned>{7, 8, 9, null_id}));
 }
 
-TEST(ExtrusionGeometry, SpiralTurnsAndAdvancesTogether) {
+TEST(ExtrusionGeometry, SpiralTurnsAndAdvancesTogetherAndNormalSweepsKeepOrientation) {
   auto c = line(3);
   dense2D<unsigned> out;
   ASSERT_EQ(extrude_spiral_T3(c, chain(), zero, v3{{0, 0, pi}}, v3{{0, 0, 4}}, 4u, 2, out), 0);
@@ -265,28 +255,25 @@ TEST(ExtrusionGeometry, SpiralTurnsAndAdvancesTogether) {
         EXPECT_NEAR(std::atan2(x[1], x[0]), j * pi / 4, 1e-13);
       }
     }
-}
 
-TEST(ExtrusionGeometry, NormalSweepTurnsACounterClockwiseLoopIntoCounterClockwiseQuadrangles) {
-  auto c = coords({{0, 0}, {4, 0}, {4, 4}, {0, 4}});
-  dense2D<unsigned> out;
-  ASSERT_EQ(extrude_normal_Q4(c, conn({{0, 1}, {1, 2}, {2, 3}, {3, 0}}), 1.0, 2u, out), 0);
-  ASSERT_EQ(out.cols, 8u);
+  // A counter-clockwise loop swept along its normals gives counter-clockwise
+  // quadrangles, corners moving inwards along the diagonal.
+  auto sq = coords({{0, 0}, {4, 0}, {4, 4}, {0, 4}});
+  dense2D<unsigned> quads, tris;
+  ASSERT_EQ(extrude_normal_Q4(sq, conn({{0, 1}, {1, 2}, {2, 3}, {3, 0}}), 1.0, 2u, quads), 0);
+  ASSERT_EQ(quads.cols, 8u);
   double smallest = 0;
-  signed_area(c, out, &smallest);
+  signed_area(sq, quads, &smallest);
   EXPECT_GT(smallest, 0.0);
-  EXPECT_NEAR(c(0, 8), std::sqrt(0.5), 1e-14); // corners move inwards along the diagonal
-  EXPECT_NEAR(c(1, 8), std::sqrt(0.5), 1e-14);
-
+  EXPECT_NEAR(sq(0, 8), std::sqrt(0.5), 1e-14);
+  EXPECT_NEAR(sq(1, 8), std::sqrt(0.5), 1e-14);
   // Given vectors are the whole displacement, whatever their length.
   auto v = line(2);
   const auto vectors = coords({{0, 1}, {0, 2}, {1, 3}});
-  dense2D<unsigned> tris;
   ASSERT_EQ(extrude_normal_T3(v, chain(), vectors, 2u, 1, tris), 0);
-  for (unsigned p = 0; p < 3; ++p) {
-    EXPECT_NEAR(v(0, 6 + p), v(0, p) + vectors(0, p), 1e-14);
-    EXPECT_NEAR(v(1, 6 + p), v(1, p) + vectors(1, p), 1e-14);
-  }
+  for (unsigned p = 0; p < 3; ++p)
+    for (unsigned i = 0; i < 2; ++i)
+      EXPECT_NEAR(v(i, 6 + p), v(i, p) + vectors(i, p), 1e-14);
 }
 
 TEST(ExtrusionRollback, OutOfMemoryRestoresColumnCountsAndTheStatedRows) {
@@ -359,7 +346,105 @@ TEST(ExtrusionLimits, CountsPastThirtyTwoBitsAndShortVectorsAreRefusedNotWrapped
   }
 
   // A path whose squared length overflows still has its length: 14 layers
-  // of 1e199 along 1.41e200.
+  // of 1e199 along 1.41e200. The sum of squares overflows on the way, which
+  // is how the length knows to rescale.
+  const no_fp_traps overflow_on_purpose;
   ASSERT_EQ(extrude_translate_Q4(c, edges, v2{{1e200, 1e200}}, 1e199, 1e199, false, out), 0);
   EXPECT_EQ(out.cols, 2u * 14);
+}
+
+TEST(SweepNumbering, NewNodesFollowFirstAppearanceLayerByLayer) {
+  const auto translated = [](dense2D<double>& c, const dense2D<unsigned>& edges) {
+    dense2D<unsigned> out;
+    EXPECT_EQ(extrude_translate_Q4(c, edges, up2, 2u, out), 0);
+    return as_columns(out);
+  };
+  auto c = line(2);
+  EXPECT_EQ(translated(c, chain()), (cols_t{{0, 1, 4, 3}, {3, 4, 7, 6}, {1, 2, 5, 4}, {4, 5, 8, 7}}));
+  ASSERT_EQ(c.cols, 9u);
+  EXPECT_DOUBLE_EQ(c(0, 5), 3.0);
+  EXPECT_DOUBLE_EQ(c(1, 8), 1.0);
+  // Edges stored 1-2 then 0-1: the swept order is 1, 2, 0.
+  auto d = line(2);
+  EXPECT_EQ(translated(d, conn({{1, 2}, {0, 1}})), (cols_t{{1, 2, 4, 3}, {3, 4, 7, 6}, {0, 1, 3, 5}, {5, 3, 6, 8}}));
+  EXPECT_DOUBLE_EQ(d(0, 3), 1.0); // the copy of node 1 in layer 1
+  EXPECT_DOUBLE_EQ(d(0, 5), 0.0);
+  // Only nodes of edges are swept, and a loop closes on its own copies.
+  dense2D<double> sparse(2, 10, 0.0);
+  EXPECT_EQ(translated(sparse, conn({{7, 8}})), (cols_t{{7, 8, 11, 10}, {10, 11, 13, 12}}));
+  EXPECT_EQ(sparse.cols, 14u);
+  auto tri = line(2);
+  EXPECT_EQ(translated(tri, conn({{0, 1}, {1, 2}, {2, 0}}))[5], (std::vector<unsigned>{5, 3, 6, 8}));
+}
+
+TEST(SweepNumbering, TrianglePatternsFollowTheParityOfColumnAndLayer) {
+  const auto cells = [](int pattern) {
+    auto c = line(2);
+    dense2D<unsigned> out;
+    // The uniform rotation does not check `pattern`, so any value reaches the cells.
+    EXPECT_EQ(extrude_rotate_T3(c, chain(), {{0, -5}}, 0.1, 2u, pattern, out), 0);
+    return as_columns(out);
+  };
+  // Cell (e, k) = (0, 0): cur 0, 1, top 3, 4.
+  EXPECT_EQ(cells(2), (cols_t{{0, 1, 4}, {0, 4, 3}, {3, 4, 6}, {4, 7, 6}, {1, 2, 4}, {2, 5, 4}, {4, 5, 8}, {4, 8, 7}}));
+  EXPECT_EQ(cells(0), (cols_t{{0, 1, 3}, {1, 4, 3}, {3, 4, 6}, {4, 7, 6}, {1, 2, 4}, {2, 5, 4}, {4, 5, 7}, {5, 8, 7}}));
+  for (int pattern : {1, 3, -1})
+    EXPECT_EQ(cells(pattern),
+              (cols_t{{0, 1, 4}, {0, 4, 3}, {3, 4, 7}, {3, 7, 6}, {1, 2, 5}, {1, 5, 4}, {4, 5, 8}, {4, 8, 7}}));
+}
+
+TEST(SweepNumbering, AppendsBehindExistingColumnsThroughStridedViews) {
+  auto packed = line(2), c = strided(line(2));
+  dense2D<unsigned> packed_out = conn({{9, 9, 9}}), out = strided(conn({{9, 9, 9}}));
+  ASSERT_EQ(extrude_translate_T3(packed, chain(), up2, 2u, 2, packed_out), 0);
+  ASSERT_EQ(extrude_translate_T3(c, strided(chain()), up2, 2u, 2, out), 0);
+  ASSERT_EQ(packed_out.cols, 9u);
+  EXPECT_EQ(as_columns(packed_out)[0], (std::vector<unsigned>{9, 9, 9}));
+  EXPECT_EQ(as_columns(out), as_columns(packed_out));
+  EXPECT_EQ(as_columns(c), as_columns(packed));
+}
+
+TEST(LayerSpacing, CountIsLengthOverTheLogarithmicMeanAcrossTheSeriesBoundary) {
+  EXPECT_NEAR(layer_count(10, 1, 2, false), 10 * std::log(2.0), 1e-14);
+  EXPECT_EQ(layer_count(10, 1, 2, false), layer_count(10, 2, 1, false));
+  EXPECT_EQ(layer_count(10, 2.5, 2.5, false), 4.0); // equal sizes: exactly length / h
+  {
+    const no_fp_traps zero_size;                  // divides by the zero size on the way to its answer
+    EXPECT_EQ(layer_count(10, 0, 1, false), 0.0); // a zero size has no mean
+  }
+  // Below a 10% difference a series replaces the quotient: both must agree
+  // at the switch and inside it.
+  EXPECT_NEAR(layer_count(1, 1, 1 + std::nextafter(0.1, 0.0), false), layer_count(1, 1, 1.1, false), 1e-8);
+  EXPECT_NEAR(layer_count(1, 1, 1.05, false), std::log(1.05) / 0.05, 1e-7);
+}
+
+TEST(LayerSpacing, NearestMultipleRoundsAtTheGeometricMean) {
+  const struct {
+    double x;
+    unsigned m, k;
+  } cases[] = {
+      {6.931471805599453, 2, 8}, // 48.04 > 6 * 8, though nearer to 6
+      {2.45, 1, 3},              // 6.0025 > 2 * 3
+      {2.44, 1, 2},
+      {0.01, 2, 2},
+      {std::nextafter(5.0, 0.0), 1, 5},
+      {std::nextafter(5.0, 6.0), 1, 5},
+      {70000.1, 1, 70001}, // past k = 65535 the product k (k + m) wraps at 32 bits
+      {60000.1, 1, 60000},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(nearest_multiple(c.x, c.m), c.k) << c.x;
+  const no_fp_traps nan_given;
+  EXPECT_EQ(nearest_multiple(std::nan(""), 1), 0u);
+}
+
+TEST(LayerSpacing, FractionRunsFromZeroToOneAndItsSeriesMeetsThePower) {
+  for (double h1 : {0.25, 0.9995, 1.0, 1.001, 3.0}) {
+    EXPECT_EQ(layer_fraction(0, 1, h1), 0.0);
+    EXPECT_EQ(layer_fraction(1, 1, h1), 1.0);
+  }
+  EXPECT_NEAR(layer_fraction(0.5, 1, 4), 1.0 / 3, 1e-15);
+  for (double q : {1.0005, 1.001, 0.999}) // the series near q = 1 and its ends
+    EXPECT_NEAR(layer_fraction(0.3, 1, q), (std::pow(q, 0.3) - 1) / (q - 1), 1e-12);
+  EXPECT_EQ(layer_fraction(2, 1, 4), 5.0); // no clamp outside [0, 1]
 }

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <map>
 #include <vector>
 
 #include "foundation/hash_table.h"
@@ -18,10 +17,9 @@ using edge_map = hash_table<triad<pair<edge2, unsigned>, unsigned, unsigned>>;
 using id_set = hash_table<triad<unsigned, unsigned, unsigned>>;
 using id_map = hash_table<triad<pair<unsigned, unsigned>, unsigned, unsigned>>;
 
-// Every live key of a map with its value, in iteration order.
-std::vector<std::pair<unsigned, unsigned>> live_pairs(const id_map& t) {
-  std::vector<std::pair<unsigned, unsigned>> out;
-  t.for_each_live([&](const auto& r, unsigned) { out.emplace_back(r.first.first, r.first.second); });
+std::vector<unsigned> live_keys(const id_map& t) {
+  std::vector<unsigned> out;
+  t.for_each_live([&](const auto& r, unsigned) { out.push_back(r.first.first); });
   return out;
 }
 
@@ -29,23 +27,17 @@ std::vector<std::pair<unsigned, unsigned>> live_pairs(const id_map& t) {
 
 TEST(HashTable, BucketCountsComeFromThePrimeTable) {
   EXPECT_EQ(prime_at_least(0), 13u);
-  EXPECT_EQ(prime_at_least(13), 13u);
   EXPECT_EQ(prime_at_least(14), 23u);
   EXPECT_EQ(prime_at_least(6291469), 6291469u);
   EXPECT_EQ(prime_at_least(0xFFFFFFFFu), 4294967291u);
-
   id_set t(23);
-  EXPECT_EQ(t.n_buckets, 23u);
-  EXPECT_EQ(t.used, 23u);
-  EXPECT_EQ(t.stamp, 1u);
-  EXPECT_GE(t.records->capacity, 23u + 11u); // 23 * 23 / 46 overflow records
   ASSERT_TRUE(t.initialise(0, 0));
   EXPECT_EQ(t.n_buckets, 23u); // 13 is never a bucket count
   ASSERT_TRUE(t.initialise(100, 100));
   EXPECT_EQ(t.n_buckets, 193u);
 }
 
-TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientation) {
+TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientationAndValue) {
   EXPECT_EQ(key_hash(edge2(7, 900)), key_hash(edge2(900, 7)));
   edge_map t(23);
   const auto first = t.insert_checked({{edge2(4, 9), 100}, 0, 0});
@@ -53,62 +45,45 @@ TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientation) {
   const auto again = t.insert_checked({{edge2(9, 4), 200}, 0, 0});
   EXPECT_FALSE(again.inserted);
   EXPECT_EQ(again.position, first.position);
-  EXPECT_EQ(t.n_live, 1u);
   const unsigned at = t.find(edge2(9, 4));
   ASSERT_NE(at, t.end());
   EXPECT_EQ(t[at].first.first.a, 4u); // stored as first met
-  EXPECT_EQ(t[at].first.first.b, 9u);
-  EXPECT_EQ(t[at].first.second, 100u); // the first value wins
+  EXPECT_EQ(t[at].first.second, 100u);
   EXPECT_EQ(t.find(edge2(4, 10)), t.end());
 
   // The hot-loop form hands back the same record and says whether it is new.
   bool created = true;
-  const auto* r = t.find_or_insert(key_hash(edge2(9, 4)), {{edge2(9, 4), 300}, 0, 0}, created);
-  ASSERT_NE(r, nullptr);
+  EXPECT_EQ(t.find_or_insert(key_hash(edge2(9, 4)), {{edge2(9, 4), 300}, 0, 0}, created), &t[at]);
   EXPECT_FALSE(created);
-  EXPECT_EQ(r, &t[at]);
-  r = t.find_or_insert(key_hash(edge2(4, 10)), {{edge2(4, 10), 400}, 0, 0}, created);
+  const auto* r = t.find_or_insert(key_hash(edge2(4, 10)), {{edge2(4, 10), 400}, 0, 0}, created);
   ASSERT_NE(r, nullptr);
   EXPECT_TRUE(created);
-  EXPECT_EQ(r->first.first.a, 4u);
   EXPECT_EQ(r->first.second, 400u);
   EXPECT_EQ(t.n_live, 2u);
 }
 
-TEST(HashTable, LoadAboveTwoRebuildsAndKeepsEveryMapping) {
+TEST(HashTable, RebuildsAboveLoadTwoKeepsMappingsAndIteratesHeadsThenOverflow) {
   id_map t(23);
+  for (unsigned key : {5u, 28u, 51u, 3u, 74u}) // 5, 28, 51, 74 share bucket 5
+    t.insert_checked({{key, key}, 0, 0});
+  EXPECT_EQ(live_keys(t), (std::vector<unsigned>{3, 5, 28, 51, 74}));
+  ASSERT_TRUE(t.initialise(23, 23)); // empties without dropping storage
+  EXPECT_EQ(t.find(28), t.end());
+  EXPECT_TRUE(live_keys(t).empty());
+
   for (unsigned k = 0; k < 46; ++k)
     t.insert_checked({{k * 23, k}, 0, 0}); // one bucket: a long overflow chain
   EXPECT_EQ(t.n_buckets, 23u);
-  EXPECT_EQ(t.used, 23u + 45u);
   t.insert_checked({{46 * 23, 46}, 0, 0});
   EXPECT_EQ(t.n_buckets, 53u); // the 47th key
   for (unsigned k = 47; k < 5000; ++k)
     t.insert_checked({{k * 7919u, k}, 0, 0});
   EXPECT_EQ(t.n_live, 5000u);
   for (unsigned k = 0; k < 5000; ++k) {
-    const unsigned key = k < 47 ? k * 23 : k * 7919u;
-    const unsigned at = t.find(key);
+    const unsigned at = t.find(k < 47 ? k * 23 : k * 7919u);
     ASSERT_NE(at, t.end()) << k;
     EXPECT_EQ(t[at].first.second, k);
   }
-  EXPECT_EQ(t.find(1), t.end());
-}
-
-TEST(HashTable, IterationRunsHeadsThenOverflowInCreationOrder) {
-  id_map t(23);
-  for (unsigned key : {5u, 28u, 51u, 3u, 74u}) // 5, 28, 51, 74 share bucket 5
-    t.insert_checked({{key, key}, 0, 0});
-  std::vector<unsigned> order;
-  t.for_each_live([&](const auto& r, unsigned) { order.push_back(r.first.first); });
-  EXPECT_EQ(order, (std::vector<unsigned>{3, 5, 28, 51, 74}));
-  EXPECT_EQ(live_pairs(t).size(), 5u);
-  ASSERT_TRUE(t.initialise(23, 23)); // empties without dropping storage
-  EXPECT_EQ(t.n_live, 0u);
-  EXPECT_EQ(t.find(28), t.end());
-  order.clear();
-  t.for_each_live([&](const auto& r, unsigned) { order.push_back(r.first.first); });
-  EXPECT_TRUE(order.empty());
 }
 
 TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
@@ -129,7 +104,6 @@ TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
   const unsigned live = s.n_live;
   unsigned got = 0;
   EXPECT_TRUE(fail_during(0, [&] { got = s.insert(k, {k, 0, 0}); }));
-  EXPECT_EQ(s.n_live, live);
   EXPECT_EQ(s[got].first, k - 23);
   bool created = true;
   const void* r = &s;
@@ -139,19 +113,13 @@ TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
   EXPECT_EQ(s.n_live, live);
 }
 
-TEST(VectorFast, KeepsDistinctIdsInFirstSeenOrder) {
+TEST(VectorFast, KeepsDistinctIdsInFirstSeenOrderThroughRebuilds) {
   id_list used;
-  EXPECT_EQ(used.table.n_buckets, 23u);
-  used.push_back_unique(5);
-  used.push_back_unique(3);
-  used.push_back_unique(5);
+  for (unsigned id : {5u, 3u, 5u})
+    used.push_back_unique(id);
   EXPECT_EQ(as_vector<unsigned>(used), (std::vector<unsigned>{5, 3}));
   EXPECT_EQ(used.position_of(3), 1u);
-  EXPECT_EQ(used.position_of(5), 0u);
   EXPECT_EQ(used.position_of(4), null_id);
-
-  // Growth through several rebuilds keeps every position.
-  ASSERT_TRUE(used.table.reserve(10));
   for (unsigned k = 0; k < 3000; ++k)
     used.push_back_unique((k * 2654435761u) % 1000u + 10);
   EXPECT_EQ(used.size, 2u + 1000u);
@@ -169,13 +137,10 @@ TEST(StampedSet, ClearIsANewGenerationUntilTheStampWraps) {
   stamped_set s;
   ASSERT_TRUE(s.resize(10));
   s.clear();
-  EXPECT_FALSE(s.contains(4));
   s.insert(4);
   EXPECT_TRUE(s.contains(4));
   s.clear();
   EXPECT_FALSE(s.contains(4));
-  EXPECT_EQ(s.stamp, 2u);
-
   s.insert(7);
   s.stamp = 0xFFFFFFFFu;
   s.insert(3);

@@ -124,7 +124,7 @@ TEST(MeshStruct, BlendingFollowsCurvedAndCrowdedSides) {
     EXPECT_NEAR(s.coords(0, grid_node_id(i, 1, 4, 2, 12, s.loop)), (i / 4.0) * (i / 4.0), 1e-14);
 }
 
-TEST(MeshStruct, StatusesInCheckingOrderLeaveArraysUntouched) {
+TEST(MeshStruct, StatusesInCheckingOrderLeaveArraysUntouchedAndCountsAreNotWrapped) {
   auto r = rectangle_loop(2, 2, 1, 1);
   const auto before = as_columns(r.coords);
   dense2D<unsigned> out = conn({{7, 7, 7, 7}}), out3 = conn({{7, 7, 7}});
@@ -162,6 +162,18 @@ TEST(MeshStruct, StatusesInCheckingOrderLeaveArraysUntouched) {
   ASSERT_EQ(mesh_struct_T3(c, ids({0, 1, 2, 3, 4, 5, 0}), 3, 0, tris), 0);
   EXPECT_EQ(c.cols, 4u);
   EXPECT_EQ(tris.cols, 0u);
+
+  // A 65536 by 65536 grid on a loop of one repeated node is 2^32 cells: no
+  // memory, nothing grown. 2 N wraps to 0 in 32 bits; taken wide it is far
+  // above B.
+  dense2D<double> one(2, 1, 0.0);
+  const dense1D<unsigned, 8> big_loop(2 * (65536 + 65536) + 1, 0u);
+  EXPECT_EQ(mesh_struct_Q4(one, big_loop, 65536, tris), -199);
+  EXPECT_EQ(mesh_struct_T3(one, big_loop, 65536, 0, tris), -199);
+  EXPECT_EQ(one.cols + tris.cols, 1u);
+  auto wide = rectangle_loop(3, 2, 1, 1);
+  EXPECT_EQ(mesh_struct_T3(wide.coords, wide.loop, 0x80000000u, 0, tris), -3);
+  EXPECT_EQ(mesh_struct_Q4(wide.coords, wide.loop, 0x80000000u, tris), -3);
 }
 
 TEST(MeshStruct, AppendsBehindExistingColumnsThroughStridedViews) {
@@ -202,19 +214,4 @@ TEST(MeshStruct, OutOfMemoryRestoresColumnCounts) {
     });
     EXPECT_GE(walked, 2u);
   }
-}
-
-TEST(MeshStruct, GridsPastThirtyTwoBitsAreRefusedNotWrapped) {
-  // A 65536 by 65536 grid on a loop of one repeated node: 2^32 cells.
-  dense2D<double> c(2, 1, 0.0);
-  dense1D<unsigned, 8> loop(2 * (65536 + 65536) + 1, 0u);
-  dense2D<unsigned> out;
-  EXPECT_EQ(mesh_struct_Q4(c, loop, 65536, out), -199);
-  EXPECT_EQ(mesh_struct_T3(c, loop, 65536, 0, out), -199);
-  EXPECT_EQ(c.cols, 1u);
-  EXPECT_EQ(out.cols, 0u);
-  // 2 N wraps to 0 in 32 bits; taken wide it is far above B.
-  auto r = rectangle_loop(3, 2, 1, 1);
-  EXPECT_EQ(mesh_struct_T3(r.coords, r.loop, 0x80000000u, 0, out), -3);
-  EXPECT_EQ(mesh_struct_Q4(r.coords, r.loop, 0x80000000u, out), -3);
 }

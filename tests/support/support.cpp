@@ -1,1 +1,0 @@
-// Helpers of the tests live in headers; this unit gives the support library a body.
