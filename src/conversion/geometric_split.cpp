@@ -67,7 +67,7 @@ int split_Q4_into_T3(const dense2D<double>& coords, const dense2D<unsigned>& giv
   const separate_input<dense2D<unsigned>> input(given, out_conn);
   if (!input.ok()) return status::out_of_memory;
   const dense2D<unsigned>& conn = input.get();
-  if (conn.rows == 3) return append_columns(out_conn, conn) ? 0 : -199;
+  if (conn.rows == 3) return append_columns(out_conn, conn) ? status::ok : status::out_of_memory;
   if (!out_conn.reserve(3, out_conn.cols + 2 * n, 1)) return status::out_of_memory;
 
   int split = 0;

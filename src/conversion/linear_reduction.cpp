@@ -120,7 +120,7 @@ int split_Q4_into_T3(const dense2D<unsigned>& given, dense2D<unsigned>& out) noe
   const separate_input<dense2D<unsigned>> input(given, out);
   if (!input.ok()) return status::out_of_memory;
   const dense2D<unsigned>& conn = input.get();
-  if (conn.rows == 3) return append_columns(out, conn) ? 0 : -199;
+  if (conn.rows == 3) return append_columns(out, conn) ? status::ok : status::out_of_memory;
 
   // The reservation also gives an empty output its 3 rows.
   if (!out.reserve(3, out.cols + 2 * n, 1)) return status::out_of_memory;

@@ -9,10 +9,11 @@
 namespace kelm {
 namespace tesskit2d {
 
-/// Key hash of `vector_fast`; the hash of an ID is the ID itself.
+/// Key hash of `vector_fast`: the table's own `key_hash`, so that insertion
+/// and lookup hash alike by construction.
 template <class T> struct hash;
 template <> struct hash<unsigned> {
-  unsigned operator()(unsigned id) const noexcept { return id; }
+  unsigned operator()(unsigned id) const noexcept { return key_hash(id); }
 };
 
 /// Order of `vector_fast`'s IDs. No operation uses it.

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "foundation/element_conventions.h"
+#include "foundation/status.h"
 #include "geometry/primitives.h"
 #include "tesskit2d/measures.h"
 
@@ -15,10 +16,10 @@ int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool no
   if (conn.rows * n == 0) return 0;
   if (coords.rows != 2 && coords.rows != 3) return -1;
   if (conn.rows != 3 && conn.rows != 4) return -2;
-  if (!min_angles.resize(n)) return -199;
+  if (!min_angles.resize(n)) return status::out_of_memory;
   if (!max_angles.resize(n)) {
     min_angles.size = 0;
-    return -199;
+    return status::out_of_memory;
   }
   if (!surface_ids_valid(conn, coords.cols)) {
     std::fill(min_angles.begin(), min_angles.end(), 0.0);

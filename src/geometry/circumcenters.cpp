@@ -1,4 +1,5 @@
 #include "foundation/output_clear.h"
+#include "foundation/status.h"
 #include "geometry/primitives.h"
 #include "tesskit/check_IDs.h"
 #include "tesskit2d/measures.h"
@@ -11,7 +12,7 @@ int circumcenters(const dense2D<double>& coords, const dense2D<unsigned>& conn, 
   const unsigned dim = coords.rows, n = conn.cols;
   if (dim != 2 && dim != 3) return -1;
   if (conn.rows != 3 || !kelm::tesskit::check_IDs(conn, T3, coords.cols)) return -2;
-  if (!centers.resize(dim, n)) return -199;
+  if (!centers.resize(dim, n)) return status::out_of_memory;
 
   for (unsigned j = 0; j < n; ++j) {
     const unsigned* c = conn.column(j);
