@@ -59,6 +59,8 @@ namespace tesskit2d {
 /// - -1 `conn` has neither 3 nor 4 rows.
 /// - -2 `neighbours` differs from `conn` in rows or columns.
 /// - -3 an entry of `ancestors` is neither below #elements nor `null_id`.
+/// - -4 `offsets` and `elements` share storage (the same array, a shallow
+///   copy, or views whose rooms overlap): both cannot hold their result.
 /// - -199 no memory for the reservations or for the marks of the fan walk
 ///   (one per element).
 /// - -2 a rotation that neither returns to its first element nor meets a
@@ -73,6 +75,12 @@ namespace tesskit2d {
 ///     for (unsigned k = offsets[i]; k < offsets[i + 1]; ++k)
 ///       use(i, elements[k]);                               // node i, one element round it
 /// \endcode
+///
+/// Shared storage. An output may share storage with an input (be the very
+/// array, a shallow copy, or a view over its buffer): the checks read the
+/// inputs before the outputs are emptied, and an input that an output can
+/// meet is then read from a private copy, so the result is that of separate
+/// arrays; a copy that finds no memory gives -199.
 ///
 /// Linear in the total ring size, plus one mark per element. A
 /// `std::bad_alloc` from the small control blocks of the working arrays

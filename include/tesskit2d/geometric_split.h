@@ -195,12 +195,15 @@ TESSKIT2D_EXPORT int split_Q4_into_T3(const dense2D<double>& coords, const dense
 ///   is allowed in row 3 only), in any column, listed in `candidates` or not.
 /// - -5 `diagonal` is neither 0 nor 1.
 /// - -6 `candidates` holds an ID that is not a column of `conn`.
+/// - -7 `split` shares storage with `conn` (the same buffer, or rooms that
+///   overlap): both are written, so they would write over each other.
 /// - -199 memory ran out.
 /// After every negative status `conn` and `split` are as they were on entry
 /// (but for capacity). Thresholds have no status: a value outside its active
 /// range switches its test off, and with every test off no quadrangle is cut.
 ///
-/// `split` and `candidates` must not share a buffer with `conn`. The work is
+/// `candidates` is read in full before anything is written, so it may share
+/// storage with `split` or `conn`. The work is
 /// one pass over the candidates that reads each quadrangle's corners; a
 /// quadrangle that clearly passes costs a few dozen products, and only those
 /// near a limit or failing take square roots and arc tangents. Sorting the

@@ -42,8 +42,11 @@ namespace tesskit2d {
 ///   where the surface bends.
 /// - `node_normals`: rebuilt, emptied on entry, then 3 rows by #nodes (the
 ///   column count of `coords`). A node that no element uses has the zero
-///   vector, and so has a node whose contributions cancel. It must not
-///   share a buffer with `coords`.
+///   vector, and so has a node whose contributions cancel. It may share
+///   storage with `coords` (be `coords` itself, a shallow copy or a view
+///   over its buffer): `coords` is then read from a private copy, checked
+///   before `node_normals` is emptied, and the result is that of separate
+///   arrays.
 ///
 /// The two extreme modes are not a pure selection. Elements are visited in
 /// column order, their corners in row order. In the largest-element mode an
@@ -67,7 +70,8 @@ namespace tesskit2d {
 /// - -1 `coords` does not have 3 rows.
 /// - -2 `conn` has fewer than 3 or more than 4 rows, or a node ID of it is
 ///   not a column of `coords` (or `null_id` stands where a node must be).
-/// - -199 no memory for `node_normals` or the working weights.
+/// - -199 no memory for `node_normals`, the working weights, or the private
+///   copy of a `coords` that shares storage with `node_normals`.
 /// `node_normals` is empty after every refusal.
 ///
 /// Two streaming passes: one over the elements, one over the nodes. Working
@@ -85,7 +89,8 @@ TESSKIT2D_EXPORT int normals(const dense2D<double>& coords, const dense2D<unsign
 ///   normal, of length twice the element's area.
 /// - `element_normals`: rebuilt, emptied on entry, then 3 rows by
 ///   #elements; column j is the normal of element j. A degenerate element
-///   gets a zero column. It must not share a buffer with `coords`.
+///   gets a zero column. It may share storage with `coords`, as for the
+///   node form.
 ///
 /// Statuses are those of the node form, with `element_normals` in place of
 /// `node_normals`: 0 (also for empty input), -1, -2, -199, in that order.

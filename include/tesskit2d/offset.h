@@ -17,8 +17,11 @@
 //
 // Normals. The forms given `node_normals` (3 rows by at least
 // highest ID + 1 columns) use them as they stand: they need not be unit
-// vectors, and their length scales the displacement. `node_normals` may be
-// `coords` itself. The forms without it take unit node normals weighted by
+// vectors, and their length scales the displacement. `node_normals` may
+// share storage with `coords` (be `coords` itself, a shallow copy, or a view
+// over its buffer at another offset or stride): it is then read from a
+// private copy, and the result is that of separate arrays; a copy that
+// finds no memory gives -199. The forms without it take unit node normals weighted by
 // element size, `normals(coords, conn, 1.0, true, ...)` of
 // "tesskit2d/normals.h", and then do what the form with normals does. Such
 // a form returns -3 where `normals` refuses `conn` with -2, since -3 is the
@@ -89,7 +92,8 @@ TESSKIT2D_EXPORT int offset(dense2D<double>& coords, const dense2D<unsigned>& co
 ///   rows, columns and order, hence the same orientation) in which every
 ///   entry but `null_id` names the copy of its node. A triangle of a mixed
 ///   array keeps `null_id` in row 3. No element joins the copy to the input.
-///   `conn_out` may be `conn` itself.
+///   `conn_out` may be `conn` itself or share its storage: the copy is made
+///   on a buffer of its own before it replaces `conn_out`.
 ///
 /// A `conn` of neither 3 nor 4 rows uses no node: no copy is made, and
 /// every entry of `conn_out` other than `null_id` becomes n - 1 (the
@@ -108,7 +112,8 @@ TESSKIT2D_EXPORT int copy_with_offset(dense2D<double>& coords, const dense2D<uns
 
 /// Adds a copy displaced by `distance` times the normals. As the tensor
 /// form, with two differences: `conn_out` is emptied on entry, before any
-/// check, and again after any failure, so it is empty unless the call
+/// check (unless it is `conn` itself, which is then emptied on the way out
+/// of a call that does not succeed), and again after any failure, so it is empty unless the call
 /// succeeded on a non-empty `conn`; and a `distance` of 0 is no shortcut:
 /// it makes copies with the very coordinates of their nodes.
 TESSKIT2D_EXPORT int copy_with_offset(dense2D<double>& coords, const dense2D<unsigned>& conn,
