@@ -3,6 +3,7 @@
 
 #include "conversion/quadrangle_cut.h"
 #include "conversion/split_criteria.h"
+#include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "geometry/primitives.h"
 #include "tesskit/check_IDs.h"
@@ -89,9 +90,12 @@ int split_Q4_into_T3(const dense2D<double>& coords, double max_angle, double max
   if (conn.rows != 4 || (!check_while_reading && !tesskit::check_IDs(conn, MIXED, coords.cols))) return -8;
   if (!valid_diagonal) return -5;
   if (!tesskit::check_IDs(candidates, n)) return -6;
+  // Both `split` and `conn` are written: over one storage they would write
+  // over each other.
+  if (rooms_overlap(split, conn)) return -7;
 
-  // Everything is read from `candidates` before anything is written, so
-  // `split` may be the same array.
+  // Everything is read from `candidates` before anything is written, so it
+  // may share storage with `split` or `conn`.
   dense1D<unsigned, 8> failing;
   if (t.any()) {
     const int collected = coords.rows == 2 ? collect_failing<2>(coords, t, conn, candidates, failing)

@@ -136,7 +136,8 @@ template <unsigned D> inline bool surely_passes(const split_thresholds& t, const
     ok &= squarable(l2);
     if (t.jacobian) {
       const double scaled2 = l2 * q.along_scale2;
-      ok &= squarable(scaled2) & at_least(q.along[i], t.jacobian_k, t.jacobian_k2, scaled2);
+      ok &= squarable(scaled2);
+      ok &= at_least(q.along[i], t.jacobian_k, t.jacobian_k2, scaled2);
     }
     if (t.angle)
       ok &= t.angle_below_pi ? !q.reflex[i] & at_least(q.dot[i], t.angle_k, t.angle_k2, l2)
@@ -157,7 +158,8 @@ template <unsigned D> inline bool surely_passes(const split_thresholds& t, const
     }
     for (unsigned s = 0; s < 2; ++s) {
       const double l2 = n2[s] * n2[s + 2];
-      ok &= squarable(l2) & at_least(dot3(q.normal[s], q.normal[s + 2]), t.warp_k, t.warp_k2, l2);
+      ok &= squarable(l2);
+      ok &= at_least(dot3(q.normal[s], q.normal[s + 2]), t.warp_k, t.warp_k2, l2);
     }
   }
   return ok;

@@ -46,13 +46,23 @@ template <class Out, class In> bool may_overwrite(const Out& out, const In& in) 
   return before(room_first, read.second) && before(read.first, room_last);
 }
 
-/// `in` itself, or a private copy of it when `out` may overwrite it. `ok()`
-/// is false when the copy found no memory. Nothing is allocated when no copy
-/// is needed.
+/// Whether two arrays that are both written can write over each other: they
+/// share a buffer, or the rooms they write into overlap.
+template <class A, class B> bool rooms_overlap(const A& a, const B& b) noexcept {
+  if (static_cast<const void*>(a.buffer.get()) == static_cast<const void*>(b.buffer.get())) return true;
+  if (a.buffer->data == nullptr || b.buffer->data == nullptr) return false;
+  std::less<const void*> before;
+  return before(a.buffer->data + a.offset, b.buffer->data + b.buffer->capacity) &&
+         before(b.buffer->data + b.offset, a.buffer->data + a.buffer->capacity);
+}
+
+/// `in` itself, or a private copy of it when any of the outputs `out` may
+/// overwrite it. `ok()` is false when the copy found no memory. Nothing is
+/// allocated when no copy is needed.
 template <class Array> class separate_input {
 public:
-  template <class Out> separate_input(const Array& in, const Out& out) noexcept : in_(&in) {
-    if (!may_overwrite(out, in)) return;
+  template <class... Out> separate_input(const Array& in, const Out&... out) noexcept : in_(&in) {
+    if (!(may_overwrite(out, in) || ...)) return;
     // The copy's buffer object comes from operator new; its failure is one
     // more way for memory to run out, reported like the others.
     try {

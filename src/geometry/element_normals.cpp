@@ -1,4 +1,3 @@
-#include "foundation/output_clear.h"
 #include "geometry/normal_input.h"
 #include "tesskit2d/normals.h"
 
@@ -23,14 +22,14 @@ void element_normals_of(const dense2D<double>& coords, const dense2D<unsigned>& 
 
 int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool unit,
             dense2D<double>& element_normals) noexcept {
-  clear_output(element_normals);
-  if (coords.rows * coords.cols == 0 || conn.rows * conn.cols == 0) return 0;
-  if (const int refused = check_normal_input(coords, conn)) return refused;
-  if (!element_normals.resize(3, conn.cols)) return -199;
+  std::optional<separate_input<dense2D<double>>> points;
+  const int started = start_normals(coords, conn, points, element_normals);
+  if (started != 0 || !points) return started;
+  if (!element_normals.resize(3, conn.cols)) return status::out_of_memory;
   if (conn.rows == 3)
-    element_normals_of<false>(coords, conn, unit, element_normals);
+    element_normals_of<false>(points->get(), conn, unit, element_normals);
   else
-    element_normals_of<true>(coords, conn, unit, element_normals);
+    element_normals_of<true>(points->get(), conn, unit, element_normals);
   return 0;
 }
 

@@ -134,11 +134,12 @@ template <bool Weighted> void finish_units(unsigned n_nodes, const accumulators<
 
 } // namespace
 
-int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double power, bool unit,
+int normals(const dense2D<double>& given_coords, const dense2D<unsigned>& conn, double power, bool unit,
             dense2D<double>& node_normals) {
-  clear_output(node_normals);
-  if (coords.rows * coords.cols == 0 || conn.rows * conn.cols == 0) return 0;
-  if (const int refused = check_normal_input(coords, conn)) return refused;
+  std::optional<separate_input<dense2D<double>>> points;
+  const int started = start_normals(given_coords, conn, points, node_normals);
+  if (started != 0 || !points) return started;
+  const dense2D<double>& coords = points->get();
 
   const unsigned n_nodes = coords.cols;
   if (!node_normals.resize(3, n_nodes, 0.0)) return status::out_of_memory;

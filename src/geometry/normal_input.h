@@ -2,8 +2,12 @@
 // The argument checks and the element normal that both normals forms share.
 
 #include <cmath>
+#include <optional>
 
 #include "foundation/element_conventions.h"
+#include "foundation/output_clear.h"
+#include "foundation/separate_input.h"
+#include "foundation/status.h"
 #include "geometry/primitives.h"
 #include "tesskit/check_IDs.h"
 
@@ -19,6 +23,22 @@ inline int check_normal_input(const dense2D<double>& coords, const dense2D<unsig
   if (conn.rows < 3 || conn.rows > 4) return -2;
   if (!kelm::tesskit::check_IDs(conn, surface_kind(conn.rows), coords.cols)) return -2;
   return 0;
+}
+
+/// The start of both forms: the checks, then the output emptied. Returns
+/// the refusal, or 0 with `points` engaged when the call goes on (its
+/// `get()` is the `coords` to read), or 0 with `points` empty for an empty
+/// input. The checks run before the output is emptied, and `coords` is
+/// copied first where the output can meet it: the output may be the very
+/// array `coords`, and emptying it would empty the input too.
+inline int start_normals(const dense2D<double>& coords, const dense2D<unsigned>& conn,
+                         std::optional<separate_input<dense2D<double>>>& points, dense2D<double>& out) noexcept {
+  const bool empty = coords.rows * coords.cols == 0 || conn.rows * conn.cols == 0;
+  const int refused = empty ? 0 : check_normal_input(coords, conn);
+  if (!empty && refused == 0) points.emplace(coords, out);
+  clear_output(out);
+  if (empty || refused != 0) return refused;
+  return points->ok() ? 0 : status::out_of_memory;
 }
 
 /// The raw normal of the element in column `c`: a quadrangle's when `mixed`

@@ -1,4 +1,6 @@
 #include "tesskit2d/offset.h"
+#include "foundation/separate_input.h"
+#include "foundation/status.h"
 #include "offset/offset_steps.h"
 
 namespace kelm {
@@ -9,9 +11,14 @@ template <class Displace>
 int move_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, const dense2D<double>& node_normals,
                Displace displace) {
   if (const int refused = check_offset_input(coords, conn, node_normals)) return refused;
+  // Moving a node writes a column that `node_normals`, when it lies over
+  // the storage of `coords` with another offset or stride, reads for
+  // another node.
+  const separate_input<dense2D<double>> normals_read(node_normals, coords);
+  if (!normals_read.ok()) return status::out_of_memory;
   id_list used_nodes;
   if (const int failed = collect_surface_nodes(conn, coords.cols, used_nodes)) return failed;
-  offset_nodes(coords, used_nodes, node_normals, displace);
+  offset_nodes(coords, used_nodes, normals_read.get(), displace);
   return 0;
 }
 

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <optional>
 
+#include "foundation/separate_input.h"
 #include "foundation/stamped_set.h"
 #include "foundation/status.h"
 #include "tesskit2d/connectivity.h"
@@ -117,15 +119,36 @@ bool ancestors_valid(const dense1D<unsigned>& ancestors, unsigned n_elements) no
 
 } // namespace
 
-int get_connected_elements(const dense2D<unsigned>& conn, const dense2D<unsigned>& neighbours,
-                           const dense1D<unsigned>& ancestors, dense1D<unsigned>& offsets,
+int get_connected_elements(const dense2D<unsigned>& given_conn, const dense2D<unsigned>& given_neighbours,
+                           const dense1D<unsigned>& given_ancestors, dense1D<unsigned>& offsets,
                            dense1D<unsigned>& elements) {
+  // The checks read the inputs before the outputs are emptied: an output
+  // may be the very array of an input, which emptying would empty too.
+  int refused = 0;
+  if (given_conn.rows != 3 && given_conn.rows != 4)
+    refused = -1;
+  else if (given_neighbours.rows != given_conn.rows || given_neighbours.cols != given_conn.cols)
+    refused = -2;
+  else if (!ancestors_valid(given_ancestors, given_conn.cols))
+    refused = -3;
+  else if (rooms_overlap(offsets, elements))
+    refused = -4;
+  // Inputs that an output can meet are read from private copies.
+  std::optional<separate_input<dense2D<unsigned>>> conn_read, neighbours_read;
+  std::optional<separate_input<dense1D<unsigned>>> ancestors_read;
+  if (refused == 0) {
+    conn_read.emplace(given_conn, offsets, elements);
+    neighbours_read.emplace(given_neighbours, offsets, elements);
+    ancestors_read.emplace(given_ancestors, offsets, elements);
+  }
   offsets.size = 0;
   elements.size = 0;
-  if (conn.rows != 3 && conn.rows != 4) return -1;
-  if (neighbours.rows != conn.rows || neighbours.cols != conn.cols) return -2;
+  if (refused != 0) return refused;
+  if (!conn_read->ok() || !neighbours_read->ok() || !ancestors_read->ok()) return status::out_of_memory;
+  const dense2D<unsigned>& conn = conn_read->get();
+  const dense2D<unsigned>& neighbours = neighbours_read->get();
+  const dense1D<unsigned>& ancestors = ancestors_read->get();
   const unsigned n_nodes = ancestors.size, E = conn.cols;
-  if (!ancestors_valid(ancestors, E)) return -3;
 
   // Six elements per node is the usual valence. A reservation whose size
   // does not fit 32 bits cannot be had either.
