@@ -94,7 +94,11 @@ namespace tesskit2d {
 /// \param[out] forms Rebuilt: emptied on entry (earlier content is not
 ///   read), then sized to 3 rows by \#nodes. Column v holds e, f, g of node
 ///   v in rows 0, 1, 2, estimates of -Suu . n, -Suv . n and -Svv . n with n
-///   the unit normal Su x Sv of the node. Empty after every refusal.
+///   the unit normal Su x Sv of the node. Empty after every refusal. It
+///   may share storage with `uv` or `tangents` (be one of them, a shallow
+///   copy, or a view over their buffer): every input is read in full before
+///   `forms` is emptied, so the result is that of separate arrays, with no
+///   copy.
 ///
 /// \retval 0 Success. Also when `conn` is empty (rows * cols of 0); `forms`
 ///   is then left empty and nothing else is checked.
@@ -171,7 +175,10 @@ TESSKIT2D_EXPORT int parametric_curvatures(const dense2D<double>& uv, const dens
 ///   smooth parts can be kept out of both sides' estimates.
 /// \param[out] curvatures Rebuilt once the checks have passed: emptied,
 ///   then sized to 8 rows by \#nodes and zero where nothing is written; see
-///   the file documentation for its rows.
+///   the file documentation for its rows. It may share storage with
+///   `coords` (be `coords`, a shallow copy, or a view over its buffer):
+///   `coords` is then read from a private copy, made only when the two can
+///   meet, and the result is that of separate arrays.
 ///
 /// \retval 0 Success. Also when `conn` is empty (rows * cols of 0); then
 ///   nothing else is checked and `curvatures` is untouched.
@@ -182,8 +189,9 @@ TESSKIT2D_EXPORT int parametric_curvatures(const dense2D<double>& uv, const dens
 ///   fewer than 3 rows; `curvatures` untouched.
 /// \retval -7 `hard_edges` is neither empty nor 2 rows, or a node ID of it
 ///   is not a column of `coords`; `curvatures` untouched.
-/// \retval -199 No memory for the element marks, the hard-edge set or
-///   `curvatures`; `curvatures` empty.
+/// \retval -199 No memory for the element marks, the hard-edge set, the
+///   private copy of a shared `coords`, `curvatures` or the set of nodes
+///   done; `curvatures` empty.
 ///
 /// \note -7 is the position of `hard_edges`, not the next number after -3.
 /// \note The row count of `neighbours` is checked although a table of

@@ -63,7 +63,10 @@ namespace tesskit2d {
 ///   (of an empty array too) and the largest node ID in `conn` plus 1, at
 ///   least 1 column even for an empty `conn`, with new columns 0; this can
 ///   be fewer columns than `coords` has. A column that no element reaches
-///   keeps its content. Untouched after every refusal.
+///   keeps its content. Untouched after every refusal. It may share
+///   storage with `coords` (be `coords`, with 6 rows, a shallow copy, or a
+///   view over its buffer): `coords` is then read from a private copy, made
+///   only when the two can meet, and the result is that of separate arrays.
 ///
 /// \retval 0 Success, also for an empty `conn`.
 /// \retval -1 `coords` has fewer than 3 rows.
@@ -71,8 +74,8 @@ namespace tesskit2d {
 ///   column of `coords`. An empty `conn` counts as the ID 0, so `coords`
 ///   needs at least one column.
 /// \retval -4 `metrics` is neither empty nor 6 rows.
-/// \retval -199 No memory for the per-node mean edge lengths or for the
-///   growth of `metrics`.
+/// \retval -199 No memory for the private copy of a shared `coords`, the
+///   per-node mean edge lengths or the growth of `metrics`.
 ///
 /// \note -4 is the position of `metrics`, not the next number after -2.
 /// \note A corner whose h is 0 (all its edges have zero length) or not
