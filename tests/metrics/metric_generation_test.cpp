@@ -28,7 +28,8 @@ TEST(MetricsGenAniso3d, EqualEdgesGiveOneOverHSquaredAndTheNormalSizeAcross) {
   const double h = 0.4, r = std::sqrt(3.0) / 2;
   dense2D<double> xyz(4, 10);
   for (unsigned j = 0; j < 10; ++j) {
-    const double col[4] = {h * (j % 5 + 0.5 * (j / 5)), h * r * (j / 5), 2, 9};
+    const unsigned row = j / 5;
+    const double col[4] = {h * (j % 5 + 0.5 * row), h * r * row, 2, 9};
     for (unsigned i = 0; i < 4; ++i)
       xyz(i, j) = col[i];
   }
@@ -115,7 +116,8 @@ TEST(MetricsGenAniso3d, AFieldSharingTheStorageOfCoordsGetsTheResultOfSeparateAr
   // columns, read as metrics, are mostly not positive definite.
   dense2D<double> xyz(6, 9);
   for (unsigned j = 0; j < 9; ++j) {
-    const double col[6] = {j % 3 + 0.1 * j, j / 3 * 1.0, 0.2 * (j % 2), 1, 0.5 * j, 2};
+    const unsigned row = j / 3;
+    const double col[6] = {j % 3 + 0.1 * j, 1.0 * row, 0.2 * (j % 2), 1, 0.5 * j, 2};
     for (unsigned i = 0; i < 6; ++i)
       xyz(i, j) = col[i];
   }
