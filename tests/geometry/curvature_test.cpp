@@ -113,8 +113,8 @@ TEST(ParametricCurvatures, StatusesInCheckingOrderLeaveFormsEmpty) {
 }
 
 TEST(PrincipalCurvatures, SphereCurvaturesShareTheirSignAndFlipWithTheOrientation) {
-  const surface s = geodesic_sphere(10);
-  surface f{s.xyz, deep(s.tri), {}}; // every element reversed
+  const curved_surface s = geodesic_sphere(10);
+  curved_surface f{s.xyz, deep(s.tri), {}}; // every element reversed
   for (unsigned j = 0; j < f.tri.cols; ++j)
     std::swap(f.tri(1, j), f.tri(2, j));
   f.nb = neighbours_of(f.tri);
@@ -142,7 +142,7 @@ TEST(PrincipalCurvatures, SphereCurvaturesShareTheirSignAndFlipWithTheOrientatio
 }
 
 TEST(PrincipalCurvatures, OnATubeCurvatureOneGoesAcrossTheAxisAndDirectionOneAlongIt) {
-  const surface t = tube(40, 20, 1.0, 2.0);
+  const curved_surface t = tube(40, 20, 1.0, 2.0);
   dense2D<double> k;
   ASSERT_EQ(principal_curvatures(t.xyz, t.tri, t.nb, 0.35, pi / 4, 40, {}, k), 0);
   for (unsigned j = 4 * 40; j < 17 * 40; ++j) {
@@ -222,7 +222,7 @@ TEST(PrincipalCurvatures, EachExpansionTakesItsElementsInAscendingIndex) {
 }
 
 TEST(PrincipalCurvatures, StatusesInCheckingOrderAndTheAllocationSweep) {
-  const surface s = geodesic_sphere(1);
+  const curved_surface s = geodesic_sphere(1);
   const dense2D<double> xy(2, 12, 0.0);
   const struct {
     const dense2D<double>& xyz;
@@ -256,7 +256,7 @@ TEST(PrincipalCurvatures, StatusesInCheckingOrderAndTheAllocationSweep) {
 
 TEST(Curvatures, AnOutputSharingAnInputsStorageGetsTheResultOfSeparateArrays) {
   const graph g = quadratic(0.7, -0.3, 1.9, false, 3);
-  const surface s = geodesic_sphere(2);
+  const curved_surface s = geodesic_sphere(2);
   // Each call reads `in` in the place of one of its double inputs and writes
   // `out`; it runs once with `out` sharing `in`'s storage and once on
   // separate arrays holding the same values.
