@@ -115,7 +115,8 @@ curvature_sphere make_curvature_sphere(unsigned n) {
     const double *p = s.coords.column(unsigned(sides[q].first >> 32)), *r = s.coords.column(unsigned(sides[q].first));
     total += std::sqrt((p[0] - r[0]) * (p[0] - r[0]) + (p[1] - r[1]) * (p[1] - r[1]) + (p[2] - r[2]) * (p[2] - r[2]));
   }
-  s.mean_edge = total / (sides.size() / 2);
+  const std::size_t n_edges = sides.size() / 2; // each edge has two sides
+  s.mean_edge = total / static_cast<double>(n_edges);
   return s;
 }
 
