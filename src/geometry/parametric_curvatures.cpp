@@ -21,21 +21,25 @@ constexpr unsigned per_node = sizeof(accumulators) / sizeof(double);
 
 int parametric_curvatures(const dense2D<double>& uv, const dense2D<unsigned>& conn, const dense2D<double>& tangents,
                           dense2D<double>& forms) noexcept {
-  clear_output(forms);
+  // `forms` may share storage with `uv` or `tangents`, even be one of them.
+  // Every input is therefore read in full, into the accumulators, before
+  // `forms` is emptied and sized: the result is that of separate arrays
+  // with no copy of anything.
+  const auto refuse = [&](int status) {
+    clear_output(forms);
+    return status;
+  };
   // The accumulators are set up before the arguments are looked at; a
   // shortage of memory here is reported only once the arguments have passed.
   const unsigned n_nodes = uv.cols;
   dense1D<double> work;
   const bool have_work = std::uint64_t(n_nodes) * per_node <= 0xFFFFFFFFu && work.resize(n_nodes * per_node, 0.0);
 
-  if (conn.rows * conn.cols == 0) return status::ok;
-  if (uv.rows != 2) return -1;
-  if (!kelm::tesskit::check_IDs(conn, T3, n_nodes)) return -2;
-  if (tangents.rows != 6 || tangents.cols != n_nodes) return -3;
-  if (!have_work || !forms.resize(3, n_nodes)) {
-    clear_output(forms);
-    return status::out_of_memory;
-  }
+  if (conn.rows * conn.cols == 0) return refuse(status::ok);
+  if (uv.rows != 2) return refuse(-1);
+  if (!kelm::tesskit::check_IDs(conn, T3, n_nodes)) return refuse(-2);
+  if (tangents.rows != 6 || tangents.cols != n_nodes) return refuse(-3);
+  if (!have_work) return refuse(status::out_of_memory);
 
   accumulators* acc = reinterpret_cast<accumulators*>(work.begin());
   for (unsigned el = 0; el < conn.cols; ++el) {
@@ -73,6 +77,8 @@ int parametric_curvatures(const dense2D<double>& uv, const dense2D<unsigned>& co
     }
   }
 
+  clear_output(forms);
+  if (!forms.resize(3, n_nodes)) return refuse(status::out_of_memory);
   for (unsigned v = 0; v < n_nodes; ++v) {
     const accumulators& node = acc[v];
     const double w = node.weight > 0.0 ? 1.0 / node.weight : node.weight;

@@ -5,6 +5,7 @@
 #include "foundation/edge2.h"
 #include "foundation/hash_table.h"
 #include "foundation/output_clear.h"
+#include "foundation/separate_input.h"
 #include "foundation/stamped_set.h"
 #include "foundation/status.h"
 #include "foundation/triad.h"
@@ -358,13 +359,20 @@ int principal_curvatures(const dense2D<double>& coords, const dense2D<unsigned>&
         return out_of_memory();
     }
 
+  // Columns of `curvatures` are written node by node while later patches
+  // still read `coords`: where the two can meet, `coords` is read from a
+  // private copy made before `curvatures` is emptied.
+  const separate_input<dense2D<double>> input(coords, curvatures);
+  if (!input.ok()) return out_of_memory();
+  const dense2D<double>& xyz = input.get();
+
   clear_output(curvatures);
-  const unsigned n_nodes = coords.cols;
+  const unsigned n_nodes = xyz.cols;
   if (!curvatures.resize(8, n_nodes, 0.0)) return out_of_memory();
   dense1D<unsigned> done;
   if (!done.resize((n_nodes >> 5) + 1, 0u)) return out_of_memory();
 
-  patch_walker walker(coords, conn, neighbours, hard_set, radius * radius, std::cos(max_angle), max_elements, stamps);
+  patch_walker walker(xyz, conn, neighbours, hard_set, radius * radius, std::cos(max_angle), max_elements, stamps);
   // A patch holds at most max_elements + 2 elements and never more than
   // the mesh, so this usually spares the patch any growth.
   const std::uint64_t patch_room = std::min<std::uint64_t>(std::uint64_t(max_elements) + 3, conn.cols);
@@ -380,7 +388,7 @@ int principal_curvatures(const dense2D<double>& coords, const dense2D<unsigned>&
       if (seen[p >> 5] & bit) continue;
       seen[p >> 5] |= bit;
       // Each node is treated from the first element that holds it.
-      walker.gather_patch(coords.column(p), s);
+      walker.gather_patch(xyz.column(p), s);
       walker.patch_curvature(curvatures.column(p));
     }
   }

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "geometry/orthonormal_frame.h"
 #include "geometry/primitives.h"
@@ -44,8 +45,13 @@ int metrics_gen_aniso3d(const dense2D<double>& coords, const dense2D<unsigned>& 
   if (largest >= n_nodes) return -2;
   if (metrics.rows * metrics.cols != 0 && metrics.rows != 6) return -4;
 
-  // The mean edge lengths are set up before `metrics` grows, so that a
-  // shortage of memory leaves the field as it was.
+  // `metrics` grows and is written element by element while later elements
+  // still read `coords`: where the two can meet, `coords` is read from a
+  // private copy. It and the mean edge lengths are set up before `metrics`
+  // grows, so that a shortage of memory leaves the field as it was.
+  const separate_input<dense2D<double>> input(coords, metrics);
+  if (!input.ok()) return status::out_of_memory;
+  const dense2D<double>& xyz = input.get();
   dense1D<double> sums;
   if (std::uint64_t(n_nodes) * 2 > 0xFFFFFFFFu || !sums.resize(2 * n_nodes, 0.0)) return status::out_of_memory;
   const unsigned wanted = largest + 1 > metrics.cols ? largest + 1 : metrics.cols;
@@ -58,7 +64,7 @@ int metrics_gen_aniso3d(const dense2D<double>& coords, const dense2D<unsigned>& 
     const unsigned* c = conn.column(e);
     for (unsigned k = 0; k < 3; ++k) {
       const unsigned i = c[k], j = c[(k + 1) % 3];
-      const double d = edge_length(coords.column(i), coords.column(j), dim);
+      const double d = edge_length(xyz.column(i), xyz.column(j), dim);
       if (d == 0.0 || !std::isfinite(d)) continue;
       mean[i].length += d;
       mean[j].length += d;
@@ -77,7 +83,7 @@ int metrics_gen_aniso3d(const dense2D<double>& coords, const dense2D<unsigned>& 
   double t1[3] = {0, 0, 0};
   for (unsigned e = 0; e < conn.cols; ++e) {
     const unsigned* c = conn.column(e);
-    const vector_fixed<double, 3> raw = triangle_normal(coords, c);
+    const vector_fixed<double, 3> raw = triangle_normal(xyz, c);
     double n[3] = {raw[0], raw[1], raw[2]}, t2[3];
     normalise(n);
     // A zero-area element has a zero normal, which the frame turns into the

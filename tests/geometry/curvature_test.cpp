@@ -1,9 +1,11 @@
 #include <cmath>
+#include <functional>
 
 #include <gtest/gtest.h>
 
 #include "support/allocation_failure.h"
 #include "support/curved_meshes.h"
+#include "support/shared_outputs.h"
 #include "tesskit2d/curvature.h"
 
 using namespace tk_test;
@@ -111,8 +113,8 @@ TEST(ParametricCurvatures, StatusesInCheckingOrderLeaveFormsEmpty) {
 }
 
 TEST(PrincipalCurvatures, SphereCurvaturesShareTheirSignAndFlipWithTheOrientation) {
-  const surface s = geodesic_sphere(10);
-  surface f{s.xyz, deep(s.tri), {}}; // every element reversed
+  const curved_surface s = geodesic_sphere(10);
+  curved_surface f{s.xyz, deep(s.tri), {}}; // every element reversed
   for (unsigned j = 0; j < f.tri.cols; ++j)
     std::swap(f.tri(1, j), f.tri(2, j));
   f.nb = neighbours_of(f.tri);
@@ -140,7 +142,7 @@ TEST(PrincipalCurvatures, SphereCurvaturesShareTheirSignAndFlipWithTheOrientatio
 }
 
 TEST(PrincipalCurvatures, OnATubeCurvatureOneGoesAcrossTheAxisAndDirectionOneAlongIt) {
-  const surface t = tube(40, 20, 1.0, 2.0);
+  const curved_surface t = tube(40, 20, 1.0, 2.0);
   dense2D<double> k;
   ASSERT_EQ(principal_curvatures(t.xyz, t.tri, t.nb, 0.35, pi / 4, 40, {}, k), 0);
   for (unsigned j = 4 * 40; j < 17 * 40; ++j) {
@@ -220,7 +222,7 @@ TEST(PrincipalCurvatures, EachExpansionTakesItsElementsInAscendingIndex) {
 }
 
 TEST(PrincipalCurvatures, StatusesInCheckingOrderAndTheAllocationSweep) {
-  const surface s = geodesic_sphere(1);
+  const curved_surface s = geodesic_sphere(1);
   const dense2D<double> xy(2, 12, 0.0);
   const struct {
     const dense2D<double>& xyz;
@@ -250,4 +252,34 @@ TEST(PrincipalCurvatures, StatusesInCheckingOrderAndTheAllocationSweep) {
     EXPECT_TRUE(status != 0 || as_columns(k) == as_columns(expected));
     return failed;
   });
+}
+
+TEST(Curvatures, AnOutputSharingAnInputsStorageGetsTheResultOfSeparateArrays) {
+  const graph g = quadratic(0.7, -0.3, 1.9, false, 3);
+  const curved_surface s = geodesic_sphere(2);
+  // Each call reads `in` in the place of one of its double inputs and writes
+  // `out`; it runs once with `out` sharing `in`'s storage and once on
+  // separate arrays holding the same values.
+  using call_t = std::function<int(const dense2D<double>&, dense2D<double>&)>;
+  const struct {
+    dense2D<double> in;
+    call_t call;
+  } calls[] = {
+      {g.uv, [&](const dense2D<double>& in,
+                 dense2D<double>& out) { return parametric_curvatures(in, g.tri, g.tangents, out); }},
+      {g.tangents,
+       [&](const dense2D<double>& in, dense2D<double>& out) { return parametric_curvatures(g.uv, g.tri, in, out); }},
+      {s.xyz, [&](const dense2D<double>& in,
+                  dense2D<double>& out) { return principal_curvatures(in, s.tri, s.nb, 0.7, pi / 4, 20, {}, out); }},
+  };
+  for (const auto& c : calls)
+    for (const sharing how : every_sharing) {
+      SCOPED_TRACE(static_cast<int>(how));
+      dense2D<double> in = deep(c.in), out = shared_output(in, how);
+      dense2D<double> in_apart = deep(in), out_apart = deep(out);
+      const int expected = c.call(in_apart, out_apart);
+      ASSERT_EQ(expected, 0);
+      EXPECT_EQ(how == sharing::same_array ? c.call(in, in) : c.call(in, out), expected);
+      EXPECT_EQ(as_columns(how == sharing::same_array ? in : out), as_columns(out_apart));
+    }
 }

@@ -4,6 +4,8 @@
 
 #include "support/allocation_failure.h"
 #include "support/arrays.h"
+#include "support/orientation_meshes.h"
+#include "support/shared_outputs.h"
 #include "tesskit2d/metric_generation.h"
 
 using namespace tk_test;
@@ -26,7 +28,8 @@ TEST(MetricsGenAniso3d, EqualEdgesGiveOneOverHSquaredAndTheNormalSizeAcross) {
   const double h = 0.4, r = std::sqrt(3.0) / 2;
   dense2D<double> xyz(4, 10);
   for (unsigned j = 0; j < 10; ++j) {
-    const double col[4] = {h * (j % 5 + 0.5 * (j / 5)), h * r * (j / 5), 2, 9};
+    const unsigned row = j / 5;
+    const double col[4] = {h * (j % 5 + 0.5 * row), h * r * row, 2, 9};
     for (unsigned i = 0; i < 4; ++i)
       xyz(i, j) = col[i];
   }
@@ -106,4 +109,27 @@ TEST(MetricsGenAniso3d, StatusesInCheckingOrderLeaveMetricsUntouched) {
     EXPECT_EQ(m.cols, failed ? 1u : 3u);
     return failed;
   });
+}
+
+TEST(MetricsGenAniso3d, AFieldSharingTheStorageOfCoordsGetsTheResultOfSeparateArrays) {
+  // Six rows, so that `coords` itself is a field of the right shape; its
+  // columns, read as metrics, are mostly not positive definite.
+  dense2D<double> xyz(6, 9);
+  for (unsigned j = 0; j < 9; ++j) {
+    const unsigned row = j / 3;
+    const double col[6] = {j % 3 + 0.1 * j, 1.0 * row, 0.2 * (j % 2), 1, 0.5 * j, 2};
+    for (unsigned i = 0; i < 6; ++i)
+      xyz(i, j) = col[i];
+  }
+  const auto tri = conn({{0, 1, 4}, {0, 4, 3}, {1, 2, 5}, {1, 5, 4}, {3, 4, 7}, {3, 7, 6}, {4, 5, 8}, {4, 8, 7}});
+  for (const sharing how : every_sharing) {
+    SCOPED_TRACE(static_cast<int>(how));
+    dense2D<double> in = deep(xyz), out = shared_output(in, how);
+    dense2D<double> in_apart = deep(in), out_apart = deep(out);
+    ASSERT_EQ(metrics_gen_aniso3d(in_apart, tri, -0.1, out_apart), 0);
+    EXPECT_EQ(how == sharing::same_array ? metrics_gen_aniso3d(in, tri, -0.1, in)
+                                         : metrics_gen_aniso3d(in, tri, -0.1, out),
+              0);
+    EXPECT_EQ(as_columns(how == sharing::same_array ? in : out), as_columns(out_apart));
+  }
 }

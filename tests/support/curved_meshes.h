@@ -10,7 +10,9 @@
 
 namespace tk_test {
 
-struct surface {
+// Not `surface`: surface_meshes.h has one of another layout, and two classes
+// of one name in one test program share one inline destructor.
+struct curved_surface {
   dense2D<double> xyz;
   dense2D<unsigned> tri;
   dense2D<unsigned> nb; // slot s across the edge opposite corner s
@@ -20,14 +22,14 @@ struct surface {
 /// the sphere of radius `r` about the origin; counter-clockwise seen from
 /// outside, so element normals point outward. Nodes shared by faces are
 /// merged by their position before projection.
-inline surface geodesic_sphere(unsigned n, double r = 1.0) {
+inline curved_surface geodesic_sphere(unsigned n, double r = 1.0) {
   const double g = (1 + std::sqrt(5.0)) / 2;
   const double v[12][3] = {{-1, g, 0},  {1, g, 0},  {-1, -g, 0}, {1, -g, 0}, {0, -1, g},  {0, 1, g},
                            {0, -1, -g}, {0, 1, -g}, {g, 0, -1},  {g, 0, 1},  {-g, 0, -1}, {-g, 0, 1}};
   const unsigned f[20][3] = {{0, 11, 5},  {0, 5, 1},  {0, 1, 7},  {0, 7, 10}, {0, 10, 11}, {1, 5, 9}, {5, 11, 4},
                              {11, 10, 2}, {10, 7, 6}, {7, 1, 8},  {3, 9, 4},  {3, 4, 2},   {3, 2, 6}, {3, 6, 8},
                              {3, 8, 9},   {4, 9, 5},  {2, 4, 11}, {6, 2, 10}, {8, 6, 7},   {9, 8, 1}};
-  surface s{dense2D<double>(3, 10 * n * n + 2), dense2D<unsigned>(3, 20 * n * n), {}};
+  curved_surface s{dense2D<double>(3, 10 * n * n + 2), dense2D<unsigned>(3, 20 * n * n), {}};
   std::map<std::tuple<long, long, long>, unsigned> ids;
   const auto node = [&](const double* a, const double* b, const double* c, unsigned i, unsigned j) {
     double p[3];
@@ -56,8 +58,8 @@ inline surface geodesic_sphere(unsigned n, double r = 1.0) {
 /// `along` cells from z = 0 to z = `length`, cells cut into two triangles
 /// counter-clockwise seen from outside. Node (ring k, position i) is
 /// k * around + i; the ends are open.
-inline surface tube(unsigned around, unsigned along, double r, double length) {
-  surface s{dense2D<double>(3, around * (along + 1)), dense2D<unsigned>(3, 2 * around * along), {}};
+inline curved_surface tube(unsigned around, unsigned along, double r, double length) {
+  curved_surface s{dense2D<double>(3, around * (along + 1)), dense2D<unsigned>(3, 2 * around * along), {}};
   for (unsigned q = 0; q < s.xyz.cols; ++q) {
     const double t = 2 * std::acos(-1.0) * (q % around) / around;
     s.xyz(0, q) = r * std::cos(t), s.xyz(1, q) = r * std::sin(t), s.xyz(2, q) = length * (q / around) / along;
