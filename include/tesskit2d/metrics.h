@@ -32,6 +32,15 @@
 /// interpolate_metrics() writes target columns in place and never resizes;
 /// metrics_struct() appends behind the existing entries.
 ///
+/// \par Shared storage
+/// The field that a call writes (`metrics` or `sizes`) may share storage
+/// with one of its inputs: `coords` as the same buffer, a shallow copy or a
+/// view over it, and the ID arrays (`bg_conn`, `neighbours`, `ancestors`,
+/// `target_nodes`, `boundary`) through views made over the same raw
+/// storage. Such an input is read from a private copy, made only when the
+/// two can meet, and the result is the one separate arrays give; a copy
+/// that finds no memory gives -199 with nothing written.
+///
 /// \par Example
 /// \code
 ///   // The unit square as two triangles on nodes 0 to 3, and one target,
@@ -135,8 +144,9 @@ namespace tesskit2d {
 /// \retval -5 `metrics` does not have \#nodes columns, or has neither 3 nor
 ///   6 rows.
 /// \retval -6 An ID of `target_nodes` is not below \#nodes.
-/// \retval -199 No memory for the search tree (nothing written), or for
-///   the working space of a walk's fallback (targets before the failing one
+/// \retval -199 No memory for the search tree or for a private copy of an
+///   input that shares storage with `metrics` (nothing written), or for the
+///   working space of a walk's fallback (targets before the failing one
 ///   keep their new values).
 ///
 /// \pre `neighbours` and `ancestors` describe `bg_conn` (not checked beyond
@@ -292,7 +302,8 @@ TESSKIT2D_EXPORT int interpolate_metrics(const dense2D<double>& coords, const de
 /// \retval -1 B below 5, first and last entries of `boundary` differ, or an
 ///   ID is not below n (so an empty `sizes` with a loop gives -1).
 /// \retval -2 2 N above B, or B is not 2 (M + N) + 1.
-/// \retval -199 No memory to lengthen `sizes`.
+/// \retval -199 No memory to lengthen `sizes`, or for a private copy of
+///   `boundary` where it shares storage with `sizes`.
 ///
 /// The field is unchanged by every non-zero status.
 ///

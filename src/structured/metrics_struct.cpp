@@ -2,6 +2,7 @@
 #include <memory>
 #include <new>
 
+#include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "metrics/metric_algebra.h"
 #include "structured/grid_numbering.h"
@@ -133,11 +134,14 @@ int metrics_struct(const dense1D<unsigned, 8>& boundary, unsigned n_side, dense1
   const unsigned B = boundary.size, N = n_side, M = (B - 2 * N - 1) / 2, n = sizes.size;
   if (B * N == 0) return status::ok;
   if (const int status = check_loop(boundary, M, N, n)) return status;
+  // The loop is read while the field grows: a copy where the two can meet.
+  const separate_input<dense1D<unsigned, 8>> loop(boundary, sizes);
   std::unique_ptr<line<size_field::pair>[]> across;
   // With M = 0 the count wraps below n and the field shrinks; nothing is
   // computed then.
-  if (!make_lines(across, M, N) || !sizes.resize(n + (M - 1) * (N - 1), 0.0)) return status::out_of_memory;
-  fill_interior(size_field{sizes.begin()}, across.get(), boundary.begin(), M, N, n);
+  if (!loop.ok() || !make_lines(across, M, N) || !sizes.resize(n + (M - 1) * (N - 1), 0.0))
+    return status::out_of_memory;
+  fill_interior(size_field{sizes.begin()}, across.get(), loop.get().begin(), M, N, n);
   return status::ok;
 }
 
@@ -148,14 +152,17 @@ int metrics_struct(const dense1D<unsigned, 8>& boundary, unsigned n_side, dense2
   if (B * N == 0) return status::ok;
   if (const int status = check_loop(boundary, M, N, n)) return status;
   const unsigned count = n + (M - 1) * (N - 1);
+  // The loop is read while the field grows: a copy where the two can meet.
+  const separate_input<dense1D<unsigned, 8>> loop(boundary, metrics);
+  if (!loop.ok()) return status::out_of_memory;
   if (rows == 3) {
     std::unique_ptr<line<prepared_pair2>[]> across;
     if (!make_lines(across, M, N) || !metrics.resize(rows, count, 0.0)) return status::out_of_memory;
-    fill_interior(metric2_field{metrics.column(0), metrics.ld}, across.get(), boundary.begin(), M, N, n);
+    fill_interior(metric2_field{metrics.column(0), metrics.ld}, across.get(), loop.get().begin(), M, N, n);
   } else {
     std::unique_ptr<line<prepared_pair3>[]> across;
     if (!make_lines(across, M, N) || !metrics.resize(rows, count, 0.0)) return status::out_of_memory;
-    fill_interior(metric3_field{metrics.column(0), metrics.ld}, across.get(), boundary.begin(), M, N, n);
+    fill_interior(metric3_field{metrics.column(0), metrics.ld}, across.get(), loop.get().begin(), M, N, n);
   }
   return status::ok;
 }
