@@ -301,16 +301,20 @@ TESSKIT2D_EXPORT int interpolate_metrics(const dense2D<double>& coords, const de
 ///   M = 0).
 /// \retval -1 B below 5, first and last entries of `boundary` differ, or an
 ///   ID is not below n (so an empty `sizes` with a loop gives -1).
-/// \retval -2 2 N above B, or B is not 2 (M + N) + 1.
-/// \retval -199 No memory to lengthen `sizes`, or for a private copy of
-///   `boundary` where it shares storage with `sizes`.
+/// \retval -2 2 N above B, or B is not 2 (M + N) + 1; both are computed
+///   without a 32-bit wrap, so a huge `n_side` (2 N = 2^32) is refused here.
+/// \retval -199 No memory to lengthen `sizes` or for a private copy of
+///   `boundary` where it shares storage with `sizes`; also, before anything
+///   is allocated, a count n + (M - 1)(N - 1) past 32 bits, and the M = 0
+///   wrap of the note when N - 1 is above n.
 ///
 /// The field is unchanged by every non-zero status.
 ///
 /// \note With B = 2 N + 1 (M = 0) every check passes, no entry is computed
 ///   and the count n + (M - 1)(N - 1) wraps to n - (N - 1): the field loses
 ///   its last N - 1 entries. This follows `mesh_struct_T3`, which shortens
-///   `coords` the same way.
+///   `coords` the same way. Where N - 1 is above n the wrap would instead
+///   grow the field by nearly 2^32 entries; that case gives -199.
 TESSKIT2D_EXPORT int metrics_struct(const dense1D<unsigned, 8>& boundary, unsigned n_side,
                                     dense1D<double, 8>& sizes) noexcept;
 

@@ -1,4 +1,5 @@
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -14,12 +15,26 @@ namespace tesskit2d {
 namespace {
 
 // The loop checks of the structured grids, numbered from `boundary` as the
-// first argument.
+// first argument. M comes from B with wrap-around, so a large N could make
+// the loop length look right: both tests are taken in 64 bits, so that
+// neither passes by a wrap of its own (N = 2^31 would give 2 N = 0).
 int check_loop(const dense1D<unsigned, 8>& boundary, unsigned M, unsigned N, unsigned n) noexcept {
   const unsigned B = boundary.size;
   if (B < 5 || boundary[0] != boundary[B - 1] || !tesskit::check_IDs(boundary, n)) return -1;
-  if (2 * N > B || (M + N) * 2 != B - 1) return -2;
+  if (2 * std::uint64_t(N) > B || (std::uint64_t(M) + N) * 2 != B - 1) return -2;
   return 0;
+}
+
+// The entry count after the call, n + (M - 1)(N - 1) in 32 bits as the
+// field's definition has it, or false when the field cannot hold it: a
+// grid whose count passes 32 bits, and the wrap of M = 0 when it goes the
+// other way (N - 1 above n), which would make the field grow by nearly 2^32
+// entries instead of losing N - 1. Both are refused as memory that cannot
+// be had, before anything is allocated.
+bool grown_count(unsigned n, unsigned M, unsigned N, unsigned& count) noexcept {
+  count = n + (M - 1) * (N - 1);
+  if (M == 0) return count <= n;
+  return n + std::uint64_t(M - 1) * (N - 1) <= 0xFFFFFFFFu;
 }
 
 // A pair of boundary values along one grid line, prepared once for all the
@@ -134,13 +149,14 @@ int metrics_struct(const dense1D<unsigned, 8>& boundary, unsigned n_side, dense1
   const unsigned B = boundary.size, N = n_side, M = (B - 2 * N - 1) / 2, n = sizes.size;
   if (B * N == 0) return status::ok;
   if (const int status = check_loop(boundary, M, N, n)) return status;
+  // With M = 0 the count wraps below n and the field shrinks; nothing is
+  // computed then.
+  unsigned count;
+  if (!grown_count(n, M, N, count)) return status::out_of_memory;
   // The loop is read while the field grows: a copy where the two can meet.
   const separate_input<dense1D<unsigned, 8>> loop(boundary, sizes);
   std::unique_ptr<line<size_field::pair>[]> across;
-  // With M = 0 the count wraps below n and the field shrinks; nothing is
-  // computed then.
-  if (!loop.ok() || !make_lines(across, M, N) || !sizes.resize(n + (M - 1) * (N - 1), 0.0))
-    return status::out_of_memory;
+  if (!loop.ok() || !make_lines(across, M, N) || !sizes.resize(count, 0.0)) return status::out_of_memory;
   fill_interior(size_field{sizes.begin()}, across.get(), loop.get().begin(), M, N, n);
   return status::ok;
 }
@@ -151,7 +167,8 @@ int metrics_struct(const dense1D<unsigned, 8>& boundary, unsigned n_side, dense2
   const unsigned B = boundary.size, N = n_side, M = (B - 2 * N - 1) / 2, n = metrics.cols;
   if (B * N == 0) return status::ok;
   if (const int status = check_loop(boundary, M, N, n)) return status;
-  const unsigned count = n + (M - 1) * (N - 1);
+  unsigned count;
+  if (!grown_count(n, M, N, count)) return status::out_of_memory;
   // The loop is read while the field grows: a copy where the two can meet.
   const separate_input<dense1D<unsigned, 8>> loop(boundary, metrics);
   if (!loop.ok()) return status::out_of_memory;
