@@ -18,9 +18,10 @@
 /// \par Interpolation
 /// Two metrics A and B are interpolated at a parameter t by simultaneous
 /// reduction: the common directions x_i of A^-1 B are found, and along each
-/// the size h_i = 1 / sqrt(x_i^T M x_i) (M = A, then B; that is
-/// 1 / sqrt(eigenvalue)) runs linearly from A's (t = 0) to B's (t = 1); the
-/// metric is rebuilt from the new sizes in the same directions. It is
+/// the size h_i = 1 / sqrt(x_i^T M x_i) of unit x_i (M = A, then B: one
+/// over the square root of M's eigenvalue in the common basis) runs
+/// linearly from A's (t = 0) to B's (t = 1); the metric is rebuilt from the
+/// new sizes in the same directions. It is
 /// neither log-Euclidean nor linear in the tensors or their inverses: two
 /// metrics with sizes 1 and 3 along x give size 2 at t = 1/2, where a linear
 /// blend of the tensors would give 1.34. Sizes are likewise linear in h.

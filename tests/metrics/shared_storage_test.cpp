@@ -12,52 +12,30 @@ using namespace kelm::tesskit2d;
 
 namespace {
 
-template <class T> dense1D<T, 8> list(std::initializer_list<T> v) {
-  dense1D<T, 8> a;
-  for (T x : v)
-    a.push_back(x);
-  return a;
-}
-
 // A field written while it shares storage with an input must come out as
 // with separate arrays, with status 0. Each case runs once on shared storage
-// and once on deep copies, and gives the status and the field's doubles.
+// and once on deep copies, and gives the status and the field.
 struct outcome {
   int status;
-  std::vector<double> field;
-};
-struct shared_case {
-  const char* what;
-  std::function<outcome(bool shared)> run;
+  std::vector<std::vector<double>> field;
 };
 
-// The unit square's two triangles, scaled to [1, 3]^2, and two targets:
-// nodes 0 to 3 background, 4 and 5 targets.
-const dense2D<unsigned> square_tris = conn({{0, 1, 2}, {0, 2, 3}});
-const dense2D<unsigned> square_across = conn({{null_id, 1, null_id}, {null_id, null_id, 0}});
-const dense1D<unsigned, 8> square_holders = list<unsigned>({0, 0, 0, 1, null_id, null_id});
-
-dense2D<double> deep(const dense2D<double>& a) {
-  dense2D<double> c;
+template <class A> A deep(const A& a) {
+  A c;
   c.copy(a);
   return c;
 }
 
-dense1D<double, 8> as_dense(const std::vector<double>& v) {
-  dense1D<double, 8> a;
-  for (double x : v)
-    a.push_back(x);
-  return a;
-}
+// The unit square's two triangles, scaled to [1, 3]^2: nodes 0 to 3 are the
+// background, 4 and 5 targets.
+const dense2D<unsigned> tris = conn({{0, 1, 2}, {0, 2, 3}}),
+                        across = conn({{null_id, 1, null_id}, {null_id, null_id, 0}});
+const dense1D<unsigned, 8> holders = conn({{0, 0, 0, 1, null_id, null_id}});
 
-std::vector<double> doubles(const dense2D<double>& a) {
-  std::vector<double> v;
-  for (const auto& c : as_columns(a))
-    v.insert(v.end(), c.begin(), c.end());
-  return v;
-}
-
-const shared_case cases[] = {
+const struct {
+  const char* what;
+  std::function<outcome(bool shared)> run;
+} cases[] = {
     // The sizes are a view over the coordinates' buffer: target 4's size
     // lands on node 2's x, a corner that target 5's element still needs.
     {"sizes over the coordinates",
@@ -66,13 +44,13 @@ const shared_case cases[] = {
        dense1D<double, 8> sizes = xy; // the same buffer, from offset 0
        sizes.size = xy.cols;
        const auto read = shared ? xy : deep(xy);
-       if (!shared) sizes = as_dense(as_vector(sizes));
-       const int status = interpolate_metrics(read, square_tris, square_across, square_holders, sizes, false, T3);
-       return outcome{status, as_vector(sizes)};
+       if (!shared) sizes = deep(sizes);
+       const int status = interpolate_metrics(read, tris, across, holders, sizes, false, T3);
+       return outcome{status, {as_vector(sizes)}};
      }},
     // The coordinates are rows 0 and 1 of the metric field (x = m00,
-    // y = m10), and target 4 is listed again after a block of others, so its
-    // point is read again after its metric was written.
+    // y = m10), and targets are listed again after a block of others, so
+    // their points are read again after their metrics were written.
     {"coordinates inside the metric field",
      [](bool shared) {
        auto m = coords({{1, 0, 1}, {3, 0, 1}, {3, 2, 5}, {1, 2, 5}, {2, 0.5, 9}, {2.5, 1.5, 9}});
@@ -83,8 +61,8 @@ const shared_case cases[] = {
          targets.push_back(4 + k % 2);
        const auto read = shared ? xy : deep(xy);
        if (!shared) m = deep(m);
-       const int status = interpolate_metrics(read, square_tris, square_across, square_holders, m, targets, false, T3);
-       return outcome{status, doubles(m)};
+       const int status = interpolate_metrics(read, tris, across, holders, m, targets, false, T3);
+       return outcome{status, as_columns(m)};
      }},
     // The loop of a 4 by 2 grid kept in the room behind the sizes, where
     // the interior entries go: each entry written would overwrite IDs that
@@ -96,14 +74,11 @@ const shared_case cases[] = {
        sizes.reserve(40);
        for (unsigned k = 0; k < 12; ++k)
          sizes.push_back(1 + 0.25 * k);
-       dense1D<unsigned, 8> loop = list<unsigned>({});
-       if (shared)
-         loop = dense1D<unsigned, 8>::view(reinterpret_cast<unsigned*>(sizes.begin() + 12), 13);
-       else
-         loop.resize(13);
+       auto loop = shared ? dense1D<unsigned, 8>::view(reinterpret_cast<unsigned*>(sizes.begin() + 12), 13)
+                          : dense1D<unsigned, 8>(13);
        std::memcpy(loop.begin(), ring, sizeof ring);
        const int status = metrics_struct(loop, 2, sizes);
-       return outcome{status, as_vector(sizes)};
+       return outcome{status, {as_vector(sizes)}};
      }},
 };
 
@@ -115,7 +90,6 @@ TEST(MetricsSharedStorage, AFieldSharingAnInputsStorageGivesTheSeparateResult) {
     const outcome separate = c.run(false), shared = c.run(true);
     ASSERT_EQ(separate.status, 0);
     EXPECT_EQ(shared.status, 0);
-    ASSERT_EQ(shared.field.size(), separate.field.size());
-    EXPECT_EQ(std::memcmp(shared.field.data(), separate.field.data(), separate.field.size() * sizeof(double)), 0);
+    EXPECT_EQ(shared.field, separate.field);
   }
 }
