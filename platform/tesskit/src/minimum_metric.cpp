@@ -1,6 +1,7 @@
 #include "tesskit/minimum_metric.h"
 
 #include <cmath>
+#include <cstddef>
 
 #include "treisoma/lapack.h"
 
@@ -57,22 +58,24 @@ bool intersect(const metric& a, const metric& b, metric& out) noexcept {
   matrix L, I;
   if (!cholesky(a, L)) return false;
   invert_lower(L, I);
-  // IB = I * new, then C = IB * I^T in the packed upper storage of dspev.
-  matrix IB;
+  // I_new = I * new, then C = I_new * I^T in the packed upper storage of dspev.
+  matrix I_new;
   for (unsigned i = 0; i < 3; ++i)
     for (unsigned j = 0; j < 3; ++j)
-      IB[i][j] = I[i][0] * b(0, j) + I[i][1] * b(1, j) + I[i][2] * b(2, j);
+      I_new[i][j] = I[i][0] * b(0, j) + I[i][1] * b(1, j) + I[i][2] * b(2, j);
   double c[6];
   for (unsigned j = 0; j < 3; ++j)
     for (unsigned i = 0; i <= j; ++i)
-      c[j * (j + 1) / 2 + i] = IB[i][0] * I[j][0] + IB[i][1] * I[j][1] + IB[i][2] * I[j][2];
+      c[j * (j + 1) / 2 + i] = I_new[i][0] * I[j][0] + I_new[i][1] * I[j][1] + I_new[i][2] * I[j][2];
   double w[3] = {0, 0, 0}, z[9] = {0, 0, 0, 0, 0, 0, 0, 0, 0}, work[9] = {0, 0, 0, 0, 0, 0, 0, 0, 0};
   if (lapack::dspev('V', 'U', 3, c, w, z, 3, work) != 0) return false;
   // G = L Q, column k for eigenvalue k.
   matrix G;
   for (unsigned i = 0; i < 3; ++i)
-    for (unsigned k = 0; k < 3; ++k)
-      G[i][k] = L[i][0] * z[3 * k] + L[i][1] * z[3 * k + 1] + L[i][2] * z[3 * k + 2];
+    for (unsigned k = 0; k < 3; ++k) {
+      const double* q = z + std::size_t(3) * k;
+      G[i][k] = L[i][0] * q[0] + L[i][1] * q[1] + L[i][2] * q[2];
+    }
   double d[3];
   for (unsigned k = 0; k < 3; ++k) {
     if (!(w[k] > 0) || !std::isfinite(w[k])) return false;
