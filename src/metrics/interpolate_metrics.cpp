@@ -1,6 +1,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "interpolation/local_coordinates.h"
 #include "interpolation/point_locator.h"
@@ -152,9 +153,9 @@ int drive(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const
   return locate_targets<Kind>(locator, picker, targets, walk_tolerance, take, visit);
 }
 
-template <class Values, class Targets>
+template <class Targets, class Values>
 int dispatch(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, const dense2D<unsigned>& neighbours,
-             const dense1D<unsigned, 8>& ancestors, const Values& values, const Targets& targets, bool keep_valid,
+             const dense1D<unsigned, 8>& ancestors, const Targets& targets, const Values& values, bool keep_valid,
              element_type type) noexcept {
   if (bg_conn.rows == 3 && type == T3)
     return drive<T3>(coords, bg_conn, neighbours, ancestors, values, targets, keep_valid);
@@ -163,6 +164,29 @@ int dispatch(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, co
   if (bg_conn.rows == 4 && type == MIXED)
     return drive<MIXED>(coords, bg_conn, neighbours, ancestors, values, targets, keep_valid);
   return status::ok;
+}
+
+// The field is written while every other argument is still read: the
+// coordinates of later targets and of the corners, the walks' tables, the
+// list. An input that shares storage with the field is read from a private
+// copy, made only when the two can meet, so that the result is the one
+// separate arrays give. The element types differ from the field's except
+// for `coords`, so only a view made over raw storage can bring the others
+// into reach; they are guarded all the same, for the price of a comparison.
+template <class Targets, class Field, class Run>
+int with_separate_inputs(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn,
+                         const dense2D<unsigned>& neighbours, const dense1D<unsigned, 8>& ancestors,
+                         const Targets& targets, const dense1D<unsigned, 8>* listed, const Field& field,
+                         Run run) noexcept {
+  const separate_input<dense2D<double>> xy(coords, field);
+  const separate_input<dense2D<unsigned>> elements(bg_conn, field), across(neighbours, field);
+  const separate_input<dense1D<unsigned, 8>> holders(ancestors, field);
+  if (!xy.ok() || !elements.ok() || !across.ok() || !holders.ok()) return status::out_of_memory;
+  if (listed == nullptr) return run(xy.get(), elements.get(), across.get(), holders.get(), targets);
+  const separate_input<dense1D<unsigned, 8>> list(*listed, field);
+  if (!list.ok()) return status::out_of_memory;
+  return run(xy.get(), elements.get(), across.get(), holders.get(),
+             listed_targets{list.get().begin(), list.get().size});
 }
 
 // The walks start from the `ancestors` entries of background nodes, which
@@ -206,11 +230,10 @@ int metrics_form(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn
   if (const int refused = check_mesh(coords, bg_conn, neighbours, ancestors, T3, type)) return refused;
   if (metrics.cols != coords.cols || (metrics.rows != 3 && metrics.rows != 6)) return -5;
   if (listed && !tesskit::check_IDs(*listed, coords.cols)) return -6;
-  if (metrics.rows == 3)
-    return dispatch(coords, bg_conn, neighbours, ancestors, metric2_values{metrics.column(0), metrics.ld}, targets,
-                    keep_valid, type);
-  return dispatch(coords, bg_conn, neighbours, ancestors, metric3_values{metrics.column(0), metrics.ld}, targets,
-                  keep_valid, type);
+  return with_separate_inputs(coords, bg_conn, neighbours, ancestors, targets, listed, metrics, [&](const auto&... in) {
+    if (metrics.rows == 3) return dispatch(in..., metric2_values{metrics.column(0), metrics.ld}, keep_valid, type);
+    return dispatch(in..., metric3_values{metrics.column(0), metrics.ld}, keep_valid, type);
+  });
 }
 
 template <class Targets>
@@ -221,7 +244,9 @@ int sizes_form(const dense2D<double>& coords, const dense2D<unsigned>& bg_conn, 
   if (const int refused = check_mesh(coords, bg_conn, neighbours, ancestors, type, type)) return refused;
   if (sizes.size != coords.cols) return -5;
   if (listed && !tesskit::check_IDs(*listed, coords.cols)) return -6;
-  return dispatch(coords, bg_conn, neighbours, ancestors, size_values{sizes.begin()}, targets, keep_valid, type);
+  return with_separate_inputs(coords, bg_conn, neighbours, ancestors, targets, listed, sizes, [&](const auto&... in) {
+    return dispatch(in..., size_values{sizes.begin()}, keep_valid, type);
+  });
 }
 
 } // namespace

@@ -64,13 +64,13 @@ bool cholesky_sym3(const metric3& M, double L[3][3]) noexcept {
 
 void congruence_sym3(double c, const metric3& S, const double T[3][3], metric3& out) noexcept {
   if (c == 0) return;
-  double TS[3][3];
+  double T_times_s[3][3];
   for (unsigned i = 0; i < 3; ++i)
     for (unsigned j = 0; j < 3; ++j)
-      TS[i][j] = c * (T[i][0] * S(0, j) + T[i][1] * S(1, j) + T[i][2] * S(2, j));
+      T_times_s[i][j] = c * (T[i][0] * S(0, j) + T[i][1] * S(1, j) + T[i][2] * S(2, j));
   for (unsigned i = 0; i < 3; ++i)
     for (unsigned j = 0; j <= i; ++j)
-      out(i, j) += TS[i][0] * T[j][0] + TS[i][1] * T[j][1] + TS[i][2] * T[j][2];
+      out(i, j) += T_times_s[i][0] * T[j][0] + T_times_s[i][1] * T[j][1] + T_times_s[i][2] * T[j][2];
 }
 
 bool reduce_pair3(const metric3& A, const metric3& B, double eigenvalues[3], double vectors[3][3],

@@ -23,19 +23,15 @@ template <unsigned n> void sizes_from_eigen(const double* e, double* h) noexcept
 
 // Sizes beyond the square roots of the extreme normal doubles would
 // overflow or underflow in 1 / h^2; they map to the sentinels instead.
+// A size inside the range is the common case and takes the first test only.
 template <unsigned n> void eigen_from_sizes(const double* h, double* e) noexcept {
-  bool inside = true;
-  for (unsigned i = 0; i < n; ++i)
-    inside = inside && h[i] > smallest_size && h[i] < largest_size;
   for (unsigned i = 0; i < n; ++i) {
-    if (inside)
-      e[i] = 1 / (h[i] * h[i]);
-    else if (h[i] < smallest_size)
+    if (h[i] < smallest_size)
       e[i] = largest_double;
     else if (h[i] <= largest_size)
       e[i] = 1 / (h[i] * h[i]);
     else
-      e[i] = 0.0;
+      e[i] = 0.0; // above the range, or not a number
   }
 }
 

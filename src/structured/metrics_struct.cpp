@@ -1,7 +1,9 @@
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 
+#include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "metrics/metric_algebra.h"
 #include "structured/grid_numbering.h"
@@ -13,12 +15,26 @@ namespace tesskit2d {
 namespace {
 
 // The loop checks of the structured grids, numbered from `boundary` as the
-// first argument.
+// first argument. M comes from B with wrap-around, so a large N could make
+// the loop length look right: both tests are taken in 64 bits, so that
+// neither passes by a wrap of its own (N = 2^31 would give 2 N = 0).
 int check_loop(const dense1D<unsigned, 8>& boundary, unsigned M, unsigned N, unsigned n) noexcept {
   const unsigned B = boundary.size;
   if (B < 5 || boundary[0] != boundary[B - 1] || !tesskit::check_IDs(boundary, n)) return -1;
-  if (2 * N > B || (M + N) * 2 != B - 1) return -2;
+  if (2 * std::uint64_t(N) > B || (std::uint64_t(M) + N) * 2 != B - 1) return -2;
   return 0;
+}
+
+// The entry count after the call, n + (M - 1)(N - 1) in 32 bits as the
+// field's definition has it, or false when the field cannot hold it: a
+// grid whose count passes 32 bits, and the wrap of M = 0 when it goes the
+// other way (N - 1 above n), which would make the field grow by nearly 2^32
+// entries instead of losing N - 1. Both are refused as memory that cannot
+// be had, before anything is allocated.
+bool grown_count(unsigned n, unsigned M, unsigned N, unsigned& count) noexcept {
+  count = n + (M - 1) * (N - 1);
+  if (M == 0) return count <= n;
+  return n + std::uint64_t(M - 1) * (N - 1) <= 0xFFFFFFFFu;
 }
 
 // A pair of boundary values along one grid line, prepared once for all the
@@ -133,11 +149,15 @@ int metrics_struct(const dense1D<unsigned, 8>& boundary, unsigned n_side, dense1
   const unsigned B = boundary.size, N = n_side, M = (B - 2 * N - 1) / 2, n = sizes.size;
   if (B * N == 0) return status::ok;
   if (const int status = check_loop(boundary, M, N, n)) return status;
-  std::unique_ptr<line<size_field::pair>[]> across;
   // With M = 0 the count wraps below n and the field shrinks; nothing is
   // computed then.
-  if (!make_lines(across, M, N) || !sizes.resize(n + (M - 1) * (N - 1), 0.0)) return status::out_of_memory;
-  fill_interior(size_field{sizes.begin()}, across.get(), boundary.begin(), M, N, n);
+  unsigned count;
+  if (!grown_count(n, M, N, count)) return status::out_of_memory;
+  // The loop is read while the field grows: a copy where the two can meet.
+  const separate_input<dense1D<unsigned, 8>> loop(boundary, sizes);
+  std::unique_ptr<line<size_field::pair>[]> across;
+  if (!loop.ok() || !make_lines(across, M, N) || !sizes.resize(count, 0.0)) return status::out_of_memory;
+  fill_interior(size_field{sizes.begin()}, across.get(), loop.get().begin(), M, N, n);
   return status::ok;
 }
 
@@ -147,15 +167,19 @@ int metrics_struct(const dense1D<unsigned, 8>& boundary, unsigned n_side, dense2
   const unsigned B = boundary.size, N = n_side, M = (B - 2 * N - 1) / 2, n = metrics.cols;
   if (B * N == 0) return status::ok;
   if (const int status = check_loop(boundary, M, N, n)) return status;
-  const unsigned count = n + (M - 1) * (N - 1);
+  unsigned count;
+  if (!grown_count(n, M, N, count)) return status::out_of_memory;
+  // The loop is read while the field grows: a copy where the two can meet.
+  const separate_input<dense1D<unsigned, 8>> loop(boundary, metrics);
+  if (!loop.ok()) return status::out_of_memory;
   if (rows == 3) {
     std::unique_ptr<line<prepared_pair2>[]> across;
     if (!make_lines(across, M, N) || !metrics.resize(rows, count, 0.0)) return status::out_of_memory;
-    fill_interior(metric2_field{metrics.column(0), metrics.ld}, across.get(), boundary.begin(), M, N, n);
+    fill_interior(metric2_field{metrics.column(0), metrics.ld}, across.get(), loop.get().begin(), M, N, n);
   } else {
     std::unique_ptr<line<prepared_pair3>[]> across;
     if (!make_lines(across, M, N) || !metrics.resize(rows, count, 0.0)) return status::out_of_memory;
-    fill_interior(metric3_field{metrics.column(0), metrics.ld}, across.get(), boundary.begin(), M, N, n);
+    fill_interior(metric3_field{metrics.column(0), metrics.ld}, across.get(), loop.get().begin(), M, N, n);
   }
   return status::ok;
 }

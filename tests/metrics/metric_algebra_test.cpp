@@ -3,6 +3,7 @@
 #include "support/fp_traps.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -16,7 +17,15 @@ using tk_test::sized2;
 using tk_test::sized3;
 
 constexpr double big = std::numeric_limits<double>::max();
-template <class T> bool same_bits(const T& a, const T& b) { return std::memcmp(&a, &b, sizeof(T)) == 0; }
+template <class T> bool same_bits(const T& a, const T& b) {
+  for (unsigned k = 0; k < T::packed_size; ++k) {
+    std::uint64_t x, y;
+    std::memcpy(&x, &a[k], sizeof x);
+    std::memcpy(&y, &b[k], sizeof y);
+    if (x != y) return false;
+  }
+  return true;
+}
 
 TEST(MetricAlgebra, SizesInterpolateLinearlyAlongSharedAxes) {
   // Coaxial metrics, axis-aligned and turned: only sizes move, linearly in t,

@@ -28,6 +28,15 @@ dense1D<unsigned, 8> loop_of(unsigned M, unsigned N) {
   return loop;
 }
 
+// A closed loop of B entries over the 8 IDs of the fields below.
+dense1D<unsigned, 8> closed_loop(unsigned B) {
+  dense1D<unsigned, 8> loop;
+  for (unsigned k = 0; k + 1 < B; ++k)
+    loop.push_back(k % 8);
+  loop.push_back(0);
+  return loop;
+}
+
 } // namespace
 
 TEST(MetricsStruct, InteriorEntriesAreMidPointsOfTheOppositeSides) {
@@ -93,6 +102,12 @@ TEST(MetricsStruct, StatusesInCheckingOrderLeaveTheFieldUntouched) {
       {ids({0, 1, 2, 3, 4, 5, 6, 8, 0}), 2, -1},    // ID 8 is not below n
       {ids({0, 1, 2, 3, 4, 5, 6, 7, 6, 0}), 2, -2}, // even B
       {ids({0, 1, 2, 3, 0}), 3, -2},                // 2 N above B
+      // 2 N wraps to 0 in 32 bits and B - 1 = 2 (M + N) with it; taken wide
+      // both fail, instead of sizing the field small and filling 2^31 rows.
+      {ids({0, 1, 2, 3, 4, 5, 6, 7, 1, 2, 0}), 0x80000000u, -2},
+      // M = 0 with N - 1 above n: the wrapped count would grow the field by
+      // nearly 2^32 entries; refused before anything is allocated.
+      {closed_loop(21), 10, -199},
   };
   for (const auto& c : cases) {
     auto sizes = values({1, 2, 3, 4, 5, 6, 7, 8});
