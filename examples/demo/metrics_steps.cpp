@@ -92,8 +92,9 @@ void metrics_steps() {
       for (unsigned r = 0; r < 3; ++r)
         ancestors[tris(r, e)] = e;
     for (unsigned k = 0; k < nt; ++k) {
-      xy(0, nb + k) = double(k % (m + 1)) / m;
-      xy(1, nb + k) = double(k / (m + 1)) / m;
+      const unsigned column = k % (m + 1), row = k / (m + 1); // the target grid, row by row
+      xy(0, nb + k) = double(column) / m;
+      xy(1, nb + k) = double(row) / m;
       targets[k] = nb + k;
     }
     step s("interpolate_metrics (boundary layer)");
