@@ -81,7 +81,7 @@ bool reduce_pair3(const metric3& A, const metric3& B, double eigenvalues[3], dou
 /// allowed with q = 0 and r >= 0 (then only r changes, to sqrt(r)).
 bool cholesky_sym2(double& p, double& q, double& r) noexcept;
 
-/// Lower factor L (L[i][j], i >= j; the upper part 0) of a semi-definite
+/// Lower factor L (L[i][j], i >= j; zero above the diagonal) of a semi-definite
 /// metric, tolerating a zero first row, or a zero second row, by factoring
 /// the remaining 2 by 2 matrix.
 bool cholesky_sym3(const metric3& M, double L[3][3]) noexcept;
