@@ -15,6 +15,7 @@
 #include "interpolation/edge_picker.h"
 #include "interpolation/node_quadtree.h"
 #include "interpolation/point_locator.h"
+#include "neighbour_table.h"
 #include "tesskit2d/interpolation.h"
 
 namespace {
@@ -23,27 +24,6 @@ using namespace kelm::tesskit2d;
 using kelm::dense1D;
 
 constexpr unsigned cells = 1000;
-
-// The element across each edge, from the edges sorted by their node pair.
-dense2D<unsigned> neighbours_of(const dense2D<unsigned>& conn) {
-  std::vector<std::pair<std::uint64_t, unsigned>> edges;
-  edges.reserve(std::size_t(conn.cols) * 3);
-  for (unsigned e = 0; e < conn.cols; ++e)
-    for (unsigned s = 0; s < 3; ++s) {
-      const unsigned a = conn((s + 1) % 3, e), b = conn((s + 2) % 3, e);
-      edges.push_back({std::uint64_t(std::min(a, b)) << 32 | std::max(a, b), e * 3 + s});
-    }
-  std::sort(edges.begin(), edges.end());
-  dense2D<unsigned> nb(3, conn.cols, null_id);
-  for (std::size_t k = 0; k + 1 < edges.size(); ++k)
-    if (edges[k].first == edges[k + 1].first) {
-      const unsigned p = edges[k].second, q = edges[k + 1].second;
-      nb(p % 3, p / 3) = q / 3;
-      nb(q % 3, q / 3) = p / 3;
-      ++k;
-    }
-  return nb;
-}
 
 // The index of a point of the unit square along a Hilbert curve of 2^16
 // cells a side.
@@ -77,7 +57,7 @@ struct workload {
   workload() {
     const dense2D<double> nodes = bench::grid_nodes(cells, 0.15);
     conn = bench::grid_triangles(cells);
-    neighbours = neighbours_of(conn);
+    neighbours = bench::triangle_neighbours(conn);
     n_background = nodes.cols;
     const unsigned n_targets = n_background, n = n_background + n_targets;
     std::mt19937 random(2);

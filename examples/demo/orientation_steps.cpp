@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "meshes.h"
+#include "neighbours.h"
 #include "report.h"
 #include "steps.h"
 #include "tesskit2d/linear_reduction.h"
@@ -15,28 +16,6 @@ namespace demo {
 using namespace kelm::tesskit2d;
 
 namespace {
-
-// The element across each edge of a triangle mesh, found by sorting edges:
-// the library takes this table as input and never builds it.
-dense2D<unsigned> triangle_neighbours(const dense2D<unsigned>& conn) {
-  std::vector<std::pair<std::uint64_t, unsigned>> edges;
-  edges.reserve(3 * std::size_t(conn.cols));
-  for (unsigned j = 0; j < conn.cols; ++j)
-    for (unsigned s = 0; s < 3; ++s) {
-      const unsigned a = conn((s + 1) % 3, j), b = conn((s + 2) % 3, j);
-      edges.push_back({std::uint64_t(std::min(a, b)) << 32 | std::max(a, b), 3 * j + s});
-    }
-  std::sort(edges.begin(), edges.end());
-  dense2D<unsigned> nb(3, conn.cols, null_id);
-  for (std::size_t k = 0; k + 1 < edges.size(); ++k)
-    if (edges[k].first == edges[k + 1].first) {
-      const unsigned p = edges[k].second, q = edges[k + 1].second;
-      nb(p % 3, p / 3) = q / 3;
-      nb(q % 3, q / 3) = p / 3;
-      ++k;
-    }
-  return nb;
-}
 
 // Edges that two triangles run the same way: none in a coherent mesh.
 unsigned disagreeing_edges(const dense2D<unsigned>& conn, const dense2D<unsigned>& nb) {
@@ -66,7 +45,7 @@ void orientation_steps() {
       std::swap(conn(0, j), conn(2, j));
       ++flipped;
     }
-  dense2D<unsigned> nb = triangle_neighbours(conn);
+  dense2D<unsigned> nb = demo::triangle_neighbours(conn);
   const unsigned disagreeing = disagreeing_edges(conn, nb);
   {
     step s("flip with neighbours, twice");
