@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "conversion/triangle_quality.h"
+#include "foundation/tolerances.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -44,7 +45,7 @@ inline triangle_pair cut_along(const rotated_quadrangle& q, bool along_bd) noexc
 inline bool better_cut_is_bd(const dense2D<double>& coords, const rotated_quadrangle& q) noexcept {
   const double along_ac = std::min(triangle_quality(coords, q.a, q.b, q.c), triangle_quality(coords, q.c, q.d, q.a));
   const double along_bd = std::min(triangle_quality(coords, q.b, q.c, q.d), triangle_quality(coords, q.d, q.a, q.b));
-  return along_ac <= along_bd - 1e-12;
+  return along_ac <= along_bd - tolerance::diagonal_tie;
 }
 
 } // namespace tesskit2d

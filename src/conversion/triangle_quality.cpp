@@ -22,7 +22,12 @@ double triangle_quality(const dense2D<double>& coords, unsigned a, unsigned b, u
   const double le = std::sqrt(ve[0] * ve[0] + ve[1] * ve[1] + ve[2] * ve[2]);
   const double longest = std::max(std::max(la, lb), le), perimeter = la + lb + le;
   // A x B and A x E are equal in exact arithmetic; crossing A with the
-  // shorter partner loses less to rounding.
+  // shorter partner loses less to rounding. This is deliberately not the
+  // choice of geometry/primitives.h: the quality compares edge lengths, not
+  // squared lengths, from corner A and takes A x B only when the shorter of A
+  // and B is strictly below E, while the normals and areas there compare
+  // squared lengths with their own tie rules. Each result is observable to
+  // the last bit, so neither may borrow the other's rule.
   const double* w = std::min(la, lb) < le ? vb : ve;
   double x;
   if (dim == 2) {
@@ -33,7 +38,9 @@ double triangle_quality(const dense2D<double>& coords, unsigned a, unsigned b, u
     x = std::sqrt(cx * cx + cy * cy + cz * cz);
     if (!(perimeter * longest > 0)) return 0.0;
   }
-  const double q = x / (perimeter * longest) * 3.4641016151377544; // 2 sqrt(3)
+  // 2 sqrt(3) makes the equilateral triangle's quality exactly 1.
+  constexpr double two_sqrt3 = 3.4641016151377544;
+  const double q = x / (perimeter * longest) * two_sqrt3;
   if (q < -1) return -1.0;
   if (q > 1) return 1.0;
   return q;

@@ -12,7 +12,7 @@ namespace tesskit2d {
 int collect_used_nodes(const dense2D<unsigned>& conn, id_list& used_nodes) noexcept {
   const unsigned E = conn.cols;
   used_nodes.size = 0;
-  used_nodes.table.initialise(23, 23);
+  used_nodes.table.initialise(used_nodes.table.default_buckets, used_nodes.table.default_buckets);
   if (!used_nodes.reserve(E)) return status::out_of_memory;
   if (E > used_nodes.table.n_buckets && !used_nodes.table.reserve(E)) return status::out_of_memory;
   for (unsigned e = 0; e < E; ++e) {

@@ -41,6 +41,8 @@ public:
     bool inserted;
   };
   static constexpr unsigned null = 0xFFFFFFFFu;
+  /// The bucket count a table is made with, and the fewest it ever has.
+  static constexpr unsigned default_buckets = 23;
 
   /// An empty table sized for `n` buckets. A failed sizing is not reported:
   /// the table then has no buckets, and callers test the `reserve` or
@@ -49,13 +51,13 @@ public:
   hash_table(const hash_table&) = delete;
   hash_table& operator=(const hash_table&) = delete;
 
-  /// Empties the table and gives it at least `n_requested` buckets (23 at
-  /// the least, rounded up to `prime_table`, unless it already has exactly
+  /// Empties the table and gives it at least `n_requested` buckets
+  /// (`default_buckets` at the least, rounded up to `prime_table`, unless it already has exactly
   /// that many), with room for about n_expected^2 / (n_expected + buckets)
   /// overflow records. False when memory runs out; the table is then empty
   /// of live keys but keeps its old storage and bucket count.
   bool initialise(unsigned n_expected, unsigned n_requested) noexcept {
-    unsigned b = n_requested < 23 ? 23 : n_requested;
+    unsigned b = n_requested < default_buckets ? default_buckets : n_requested;
     n_live = 0;
     stamp = 1;
     if (b != n_buckets) b = prime_at_least(b);

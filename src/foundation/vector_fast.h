@@ -27,18 +27,18 @@ template <> struct less<unsigned> {
 /// `dense1D` base); `table` maps each ID to its position in the list.
 ///
 /// \code
-///   id_list used;                  // 23 buckets
+///   id_list used;                  // default_buckets buckets
 ///   used.table.reserve(n);         // once, before a loop of pushes
 ///   used.push_back_unique(5); used.push_back_unique(3); used.push_back_unique(5);
 ///   // used: 5, 3; used.position_of(3) == 1; used.position_of(4) == null_id
 /// \endcode
 ///
-/// To empty it for reuse, set `size` to 0 and `table.initialise(23, 23)`.
+/// To empty it for reuse, set `size` to 0 and `table.initialise(table.default_buckets, table.default_buckets)`.
 template <class T, class H, class L> class vector_fast : public kelm::ref_counted, public dense1D<T, 8> {
 public:
   using record = triad<pair<T, unsigned>, unsigned, unsigned>;
 
-  vector_fast() : table(23) {}
+  vector_fast() : table(hash_table<record>::default_buckets) {}
   vector_fast(const vector_fast&) = delete;
   vector_fast& operator=(const vector_fast&) = delete;
 

@@ -1,4 +1,5 @@
 #include "geometry/primitives.h"
+#include "foundation/tolerances.h"
 
 namespace kelm {
 namespace tesskit2d {
@@ -69,7 +70,7 @@ double circumcenter_2d(const double* p0, const double* p1, const double* p2, dou
   const double s = v2 - q;
   center[0] = mx;
   center[1] = my;
-  if (cr * cr <= v2 * 1e-24 * q) return std::abs(s) > 1e-12 * q ? max_double : q;
+  if (cr * cr <= v2 * tolerance::flat_squared * q) return std::abs(s) > tolerance::flat * q ? max_double : q;
   // Equal distances to the edge's ends and to corner `a` give t = s / c,
   // with s = |v|^2 - L / 4 and c = d x v.
   const double t = s / cr;
@@ -103,7 +104,7 @@ double circumcenter_3d(const double* p0, const double* p1, const double* p2, dou
   }
   const double g = dot3(u, w);
   const double det = uu * ww - g * g;
-  if (det <= uu * 1e-12 * ww) {
+  if (det <= uu * tolerance::flat * ww) {
     for (unsigned k = 0; k < 3; ++k)
       center[k] = p2[k];
     return max_double;
@@ -134,7 +135,8 @@ void solve_symmetric_2x2(double a11, double a12, double a22, double inverse, dou
     const double dy = (a11 * r2 - a12 * r1) * inverse;
     x += dx;
     y += dy;
-    if (std::abs(dx) <= 1e-12 * std::abs(x) && std::abs(dy) <= 1e-12 * std::abs(y)) break;
+    if (std::abs(dx) <= tolerance::newton_step * std::abs(x) && std::abs(dy) <= tolerance::newton_step * std::abs(y))
+      break;
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include <cmath>
 
+#include "foundation/tolerances.h"
 #include "tesskit2d/mesh.h"
 
 namespace kelm {
@@ -27,7 +28,8 @@ inline void solve2_refined(double a11, double a21, double a12, double a22, doubl
     const double d2 = (a11 * e2 - a21 * e1) * inv_det;
     x1 += d1;
     x2 += d2;
-    if (std::abs(d1) <= std::abs(x1) * 1e-12 && std::abs(d2) <= std::abs(x2) * 1e-12) break;
+    if (std::abs(d1) <= std::abs(x1) * tolerance::newton_step && std::abs(d2) <= std::abs(x2) * tolerance::newton_step)
+      break;
   }
 }
 
@@ -132,7 +134,7 @@ inline void inverse_bilinear_Q4(const dense2D<double>& coords, const unsigned* n
     const double dv = inv[2] * rx + inv[3] * ry;
     uv[0] -= du;
     uv[1] -= dv;
-    if (std::sqrt(du * du + dv * dv) <= 1e-12) break;
+    if (std::sqrt(du * du + dv * dv) <= tolerance::newton_step) break;
   }
 }
 

@@ -67,7 +67,10 @@ void node_quadtree::set_box(const double lo[2], const double hi[2]) noexcept {
   box_max[1] = hi[1];
   const double dx = hi[0] - lo[0], dy = hi[1] - lo[1];
   const double size = dx < dy ? dy : dx;
-  const double side = size > 0.0 ? size * 1.000000000001 : 1e-12;
+  // A hair larger than the box, so that its far sides map inside the grid
+  // of 2^32 cells; a box of size 0 still gets a side to divide by.
+  constexpr double margin = 1.000000000001, side_of_a_point = 1e-12;
+  const double side = size > 0.0 ? size * margin : side_of_a_point;
   origin[0] = 0.5 * (lo[0] + hi[0]) - 0.5 * side;
   origin[1] = 0.5 * (lo[1] + hi[1]) - 0.5 * side;
   scale = 4294967295.0 / side;

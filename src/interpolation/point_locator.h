@@ -138,7 +138,8 @@ int walk(const dense2D<double>& coords, const dense2D<unsigned>& conn, const den
 struct ball_space {
   dense1D<unsigned, 8> list;
   dense1D<unsigned, 8> stack;
-  hash_table<triad<unsigned, unsigned, unsigned>> visited{23};
+  hash_table<triad<unsigned, unsigned, unsigned>> visited{
+      hash_table<triad<unsigned, unsigned, unsigned>>::default_buckets};
 };
 
 /// The elements round `node`, depth first from `element`, into `list`; at
@@ -159,8 +160,8 @@ int element_ball(unsigned node, unsigned element, const dense2D<unsigned>& conn,
   closed = true;
   auto& visited = space.visited;
   using record = triad<unsigned, unsigned, unsigned>;
-  if (!visited.initialise(23, 23) || !visited.insert_checked(record{element, 0, 0}).inserted ||
-      !stack.push_back(element))
+  if (!visited.initialise(visited.default_buckets, visited.default_buckets) ||
+      !visited.insert_checked(record{element, 0, 0}).inserted || !stack.push_back(element))
     return status::out_of_memory;
   const unsigned n_elements = conn.cols;
   while (stack.size != 0) {

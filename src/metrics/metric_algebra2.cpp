@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/tolerances.h"
 #include "metrics/metric_algebra.h"
 
 namespace kelm {
@@ -13,9 +14,9 @@ bool eigenvalues_sym2(double a, double b, double c, double& l0, double& l1) noex
   l1 = l0 + D;
   // When one eigenvalue is tiny beside the other, a + c - D has cancelled;
   // the product l0 l1 = det recovers it to full relative precision.
-  if (std::fabs(l0) < std::fabs(l1) * 1e-12)
+  if (std::fabs(l0) < std::fabs(l1) * tolerance::eigen_cancellation)
     l0 = det / l1;
-  else if (std::fabs(l1) < std::fabs(l0) * 1e-12)
+  else if (std::fabs(l1) < std::fabs(l0) * tolerance::eigen_cancellation)
     l1 = det / l0;
   return std::isfinite(l0) && std::isfinite(l1);
 }
@@ -30,7 +31,7 @@ bool eigen_sym2(double a, double b, double c, double& l0, double& l1, double vec
   vec0[0] = b, vec0[1] = p;
   if (p * p < q * q) vec0[0] = q, vec0[1] = b;
   const double n2 = b * b + std::max(p * p, q * q);
-  if (n2 > std::max(a * a, c * c) * 1e-24) {
+  if (n2 > std::max(a * a, c * c) * tolerance::flat_squared) {
     if (normalise) {
       const double f = 1 / std::sqrt(n2);
       vec0[0] *= f, vec0[1] *= f;
@@ -117,11 +118,11 @@ bool interpolate_prepared2(double t, const prepared_pair2& p, metric2& out) noex
 }
 
 bool interpolate_metric2(double t, const metric2& A, const metric2& B, metric2& out) noexcept {
-  if (std::fabs(t) < 1e-12) {
+  if (std::fabs(t) < tolerance::end_parameter) {
     out = A;
     return true;
   }
-  if (std::fabs(1 - t) < 1e-12) {
+  if (std::fabs(1 - t) < tolerance::end_parameter) {
     out = B;
     return true;
   }

@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "foundation/tolerances.h"
 #include "metrics/metric_algebra.h"
 #include "treisoma/lapack.h"
 
@@ -148,11 +149,11 @@ bool interpolate_prepared3(double t, const prepared_pair3& p, metric3& out) noex
 }
 
 bool interpolate_metric3(double t, const metric3& A, const metric3& B, metric3& out) noexcept {
-  if (std::fabs(t) < 1e-12) {
+  if (std::fabs(t) < tolerance::end_parameter) {
     out = A;
     return true;
   }
-  if (std::fabs(1 - t) < 1e-12) {
+  if (std::fabs(1 - t) < tolerance::end_parameter) {
     out = B;
     return true;
   }

@@ -11,6 +11,7 @@
 
 #include <cmath>
 
+#include "foundation/tolerances.h"
 #include "metrics/metric_algebra.h"
 
 namespace kelm {
@@ -29,8 +30,8 @@ inline bool interpolate_metric(double t, const metric3& A, const metric3& B, met
 /// elsewhere, with s = w0 + w1, E = the point at w1 / s from M0 to M1, then
 /// the point at s from M2 to E.
 template <class M> bool metric_on_T3(double w0, double w1, const M& M0, const M& M1, const M& M2, M& out) noexcept {
-  if (std::fabs(w0) < 1e-12) return interpolate_metric(w1, M2, M1, out);
-  if (std::fabs(w1) < 1e-12) return interpolate_metric(w0, M2, M0, out);
+  if (std::fabs(w0) < tolerance::end_parameter) return interpolate_metric(w1, M2, M1, out);
+  if (std::fabs(w1) < tolerance::end_parameter) return interpolate_metric(w0, M2, M0, out);
   // The edge w0 + w1 = 1 lies at |1 - w0 - w1| / sqrt(2) in the plane of the
   // weights; the bound sqrt(2) 1e-12 makes that a distance of 1e-12, as for
   // the other two edges.
@@ -49,10 +50,10 @@ template <class M> bool metric_on_T3(double w0, double w1, const M& M0, const M&
 template <class M>
 bool metric_on_Q4(double u, double v, const M& M0, const M& M1, const M& M2, const M& M3, M& out) noexcept {
   const double s = (u + 1) / 2, t = (v + 1) / 2;
-  if (std::fabs(t) < 1e-12) return interpolate_metric(s, M0, M1, out);
-  if (std::fabs(s) < 1e-12) return interpolate_metric(t, M0, M3, out);
-  if (std::fabs(1 - t) < 1e-12) return interpolate_metric(s, M3, M2, out);
-  if (std::fabs(1 - s) < 1e-12) return interpolate_metric(t, M1, M2, out);
+  if (std::fabs(t) < tolerance::end_parameter) return interpolate_metric(s, M0, M1, out);
+  if (std::fabs(s) < tolerance::end_parameter) return interpolate_metric(t, M0, M3, out);
+  if (std::fabs(1 - t) < tolerance::end_parameter) return interpolate_metric(s, M3, M2, out);
+  if (std::fabs(1 - s) < tolerance::end_parameter) return interpolate_metric(t, M1, M2, out);
   M E, F;
   if (!interpolate_metric(s, M0, M1, E) || !interpolate_metric(s, M3, M2, F)) return false;
   return interpolate_metric(t, E, F, out);

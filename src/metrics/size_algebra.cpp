@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/tolerances.h"
 #include "metrics/metric_algebra.h"
 
 namespace kelm {
@@ -51,9 +52,9 @@ void eigen_from_sizes3(const double h[3], double e[3]) noexcept { eigen_from_siz
 bool interpolate_size(double t, const double& a, const double& b, double& out) noexcept {
   out = 0.0;
   double v;
-  if (std::fabs(t) < 1e-12)
+  if (std::fabs(t) < tolerance::end_parameter)
     v = a;
-  else if (std::fabs(1 - t) < 1e-12)
+  else if (std::fabs(1 - t) < tolerance::end_parameter)
     v = b;
   else {
     if (!(a > 0 && b > 0)) return false;

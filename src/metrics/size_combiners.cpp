@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/tolerances.h"
 #include "metrics/metric_combiners.h"
 
 namespace kelm {
@@ -12,8 +13,8 @@ bool inside_range(double v) noexcept { return v > 0 && v < std::numeric_limits<d
 } // namespace
 
 bool size_on_T3(double w0, double w1, double S0, double S1, double S2, double& out) noexcept {
-  if (std::fabs(w0) < 1e-12) return interpolate_size(w1, S2, S1, out);
-  if (std::fabs(w1) < 1e-12) return interpolate_size(w0, S2, S0, out);
+  if (std::fabs(w0) < tolerance::end_parameter) return interpolate_size(w1, S2, S1, out);
+  if (std::fabs(w1) < tolerance::end_parameter) return interpolate_size(w0, S2, S0, out);
   if (std::fabs(1 - (w0 + w1)) < 1.4142135623730952e-12) return interpolate_size(w1, S0, S1, out);
   out = 0.0;
   if (!(S0 > 0 && S1 > 0 && S2 > 0)) return false;
@@ -23,9 +24,9 @@ bool size_on_T3(double w0, double w1, double S0, double S1, double S2, double& o
 
 bool size_on_Q4(double u, double v, double S0, double S1, double S2, double S3, double& out) noexcept {
   const double s = (u + 1) / 2, t = (v + 1) / 2;
-  if (std::fabs(t) < 1e-12) return interpolate_size(s, S0, S1, out);
-  if (std::fabs(s) < 1e-12) return interpolate_size(t, S0, S3, out);
-  if (std::fabs(1 - t) < 1e-12) return interpolate_size(s, S3, S2, out);
+  if (std::fabs(t) < tolerance::end_parameter) return interpolate_size(s, S0, S1, out);
+  if (std::fabs(s) < tolerance::end_parameter) return interpolate_size(t, S0, S3, out);
+  if (std::fabs(1 - t) < tolerance::end_parameter) return interpolate_size(s, S3, S2, out);
   out = 0.0;
   if (!(S0 > 0 && S1 > 0 && S2 > 0 && S3 > 0)) return false;
   // The second mapping of s and t belongs to this combiner's definition; it
