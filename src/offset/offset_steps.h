@@ -7,6 +7,7 @@
 // nodes are gathered into a set first. The copy of used_nodes[p] is column
 // n_nodes + p of `coords`, n_nodes being the column count on entry.
 
+#include "foundation/status.h"
 #include "foundation/vector_fast.h"
 #include "tesskit2d/mesh.h"
 
@@ -73,7 +74,7 @@ int remap_to_copies(const dense2D<unsigned>& conn, const id_list& used_nodes, un
 template <class Displace>
 int copy_offset_nodes(dense2D<double>& coords, const id_list& used_nodes, unsigned n_nodes,
                       const dense2D<double>& node_normals, Displace displace, bool plain) noexcept {
-  if (!coords.resize(3, n_nodes + used_nodes.size)) return -199;
+  if (!coords.resize(3, n_nodes + used_nodes.size)) return status::out_of_memory;
   // Column pointers are taken after the resize: it may have moved the
   // buffer, which `node_normals` shares when it is `coords` itself.
   const unsigned* ids = used_nodes.begin();

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "foundation/status.h"
 #include "offset/offset_steps.h"
 
 namespace kelm {
@@ -26,8 +27,8 @@ template <unsigned Rows> int collect(const dense2D<unsigned>& conn, id_list& use
       // ID silently when memory runs out.
       bool created;
       const id_list::record entry{{c[r], used_nodes.size}, 0, 0};
-      if (!table.find_or_insert(c[r], entry, created)) return -199;
-      if (created && !used_nodes.push_back(c[r])) return -199;
+      if (!table.find_or_insert(c[r], entry, created)) return status::out_of_memory;
+      if (created && !used_nodes.push_back(c[r])) return status::out_of_memory;
     }
   }
   return 0;
@@ -44,7 +45,7 @@ int collect_surface_nodes(const dense2D<unsigned>& conn, unsigned n_nodes, id_li
   // bucket, and the rare chain grows on demand.
   const unsigned expected = std::min(conn.cols, n_nodes);
   used_nodes.size = 0;
-  if (!used_nodes.reserve(expected) || !used_nodes.table.initialise(0, expected)) return -199;
+  if (!used_nodes.reserve(expected) || !used_nodes.table.initialise(0, expected)) return status::out_of_memory;
   if (conn.rows == 3) return collect<3>(conn, used_nodes);
   if (conn.rows == 4) return collect<4>(conn, used_nodes);
   return 0;
@@ -52,7 +53,7 @@ int collect_surface_nodes(const dense2D<unsigned>& conn, unsigned n_nodes, id_li
 
 int remap_to_copies(const dense2D<unsigned>& conn, const id_list& used_nodes, unsigned n_nodes,
                     dense2D<unsigned>& conn_out) {
-  if (!conn_out.copy(conn)) return -199;
+  if (!conn_out.copy(conn)) return status::out_of_memory;
   unsigned* d = conn_out.column(0);
   for (unsigned k = 0, n = conn_out.rows * conn_out.cols; k < n; ++k)
     if (d[k] != null_id) d[k] = n_nodes + used_nodes.position_of(d[k]);

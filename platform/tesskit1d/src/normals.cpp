@@ -7,6 +7,12 @@
 
 namespace kelm {
 namespace tesskit1d {
+namespace {
+
+/// The status of exhausted memory, shared with the surface library.
+constexpr int out_of_memory = -199;
+
+} // namespace
 
 int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double power, bool unit,
             dense2D<double>& node_normals) {
@@ -17,13 +23,13 @@ int normals(const dense2D<double>& coords, const dense2D<unsigned>& conn, double
   if (conn.rows != 2 || !tesskit::check_IDs(conn, E2, coords.cols)) return -2;
 
   const unsigned n = coords.cols, E = conn.cols;
-  if (!node_normals.resize(2, n, 0.0)) return -199;
+  if (!node_normals.resize(2, n, 0.0)) return out_of_memory;
   // Weights are needed only to turn the sum into a mean; unit vectors come
   // from normalising the sum, which the weights do not change in direction.
   dense1D<double, 8> weight;
   if (!unit && !weight.resize(n, 0.0)) {
     node_normals.size = node_normals.rows = node_normals.cols = node_normals.ld = 0;
-    return -199;
+    return out_of_memory;
   }
   const bool weighted = !std::isinf(power);
 
