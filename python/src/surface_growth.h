@@ -5,7 +5,6 @@
 // where the path is a few numbers, small fixed vectors or a normals array.
 // In Python `coords` is copied and returned grown, never changed in place.
 
-
 #include <array>
 #include <tuple>
 #include <utility>
