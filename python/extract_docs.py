@@ -115,7 +115,8 @@ def main() -> None:
                 i = j + 1
                 block = []
                 continue
-            if stripped and not stripped.startswith("//"):
+            # A block belongs to the declaration right under it.
+            if not stripped.startswith("//"):
                 block = []
             i += 1
     lines += ["} // namespace tk_doc", ""]
