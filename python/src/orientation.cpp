@@ -1,6 +1,8 @@
 // Flipping elements and making a mesh consistently oriented.
 
 #include "tesskit2d/orientation.h"
+#include <algorithm>
+
 #include "arrays.h"
 #include "families.h"
 #include "tesskit2d_docs.h"
@@ -49,13 +51,23 @@ void bind_orientation(py::module_& m) {
         const char* f = tk_doc::mesh_reorient_0_name;
         auto e = owned2(conn, f, "conn");
         auto n = owned2(neighbours, f, "neighbours");
-        const int flipped = checked(without_gil([&] { return tk::mesh_reorient(e, n, seed, all_parts); }), f,
-                                    tk_doc::mesh_reorient_0_status);
+        dense2D<unsigned> before;
+        if (!before.copy(e)) throw std::bad_alloc();
+        const int flipped = without_gil([&] { return tk::mesh_reorient(e, n, seed, all_parts); });
+        // A flip count of -2 or -1 after a neighbour that shares no node of
+        // its edge is a result, not a refusal: a refused `neighbours` (-2)
+        // has another shape than `conn`, and a refused `conn` (-1) is left
+        // as it was, while a count of -1 follows a flip.
+        const bool same_shape = n.rows == e.rows && n.cols == e.cols;
+        const bool refused = flipped == -3 || (flipped == -2 && !same_shape) ||
+                             (flipped == -1 && std::equal(before.begin(), before.end(), e.begin()));
+        if (refused) checked(flipped, f, tk_doc::mesh_reorient_0_status);
         return py::make_tuple(flipped, to_numpy(e), to_numpy(n));
       },
       "conn"_a, "neighbours"_a, "seed"_a, "all_parts"_a,
       doc(tk_doc::mesh_reorient_0,
-          "Returns (count, conn, neighbours): the flip count and new arrays; the arguments are not changed.")
+          "Returns (count, conn, neighbours): the flip count and new arrays; the arguments are not changed. "
+          "A count of -2 or -1 that tells a mismatch in `neighbours` is returned; only refusals raise.")
           .c_str());
 }
 

@@ -20,6 +20,8 @@ REFUSALS = [
     (lambda: tk.normals(square_xy, square_t3, True), "normals", "coords", -1),
     (lambda: tk.mesh_reorient(square_t3, np.full((2, 3), tk.null_id), 5, 0), "mesh_reorient", "seed", -3),
     (lambda: tk.flip(square_t3, [[0, 0, 0]], tk.T3), "flip", "neighbours", -2),
+    (lambda: tk.mesh_reorient(square_t3, [[0, 0, 0]], 0, 0), "mesh_reorient", "neighbours", -2),
+    (lambda: tk.mesh_reorient([[0, 1, tk.null_id]], [[0, 0, 0]], 0, 0), "mesh_reorient", "conn", -1),
     (lambda: tk.convert_degenerated_Q4(square_t3), "convert_degenerated_Q4", "conn", -1),
     # Refused by the bindings before any call: status 0.
     (lambda: tk.area(square_xy, [0, 1, 2]), "area", "conn", 0),
@@ -54,3 +56,9 @@ def test_forms_are_told_apart_by_their_arguments():
     assert tk.extrude_translate_Q4(np.c_[xy, np.zeros(3)], conn, [0, 0, 1.0], 0.5, 0.5, False)[1].shape == (4, 4)
     with pytest.raises(TypeError):
         tk.extrude_translate_Q4(xy, conn, [0, 1.0, 0, 0], 2)
+
+
+def test_a_mismatched_neighbour_is_a_flip_count_not_a_refusal():
+    # Element 1 is named across edge 0 of element 0 but shares no node with it.
+    count, conn, _ = tk.mesh_reorient([[0, 1, 2], [3, 4, 5]], [[1, tk.null_id, tk.null_id]] * 2, 0, 0)
+    assert count == -2 and conn.tolist() == [[0, 1, 2], [3, 4, 5]]
