@@ -110,6 +110,13 @@ template <unsigned N> kelm::vector_fixed<double, N> fixed(const std::array<doubl
   return f;
 }
 
+/// An element kind from the number a caller passes. A number past the
+/// range of the enumeration becomes NO_ELEMENT, which every export refuses
+/// with its status for `type`, as it would the number itself.
+inline kelm::element_type element_kind(int type) {
+  return type >= 0 && type < 32 ? static_cast<kelm::element_type>(type) : kelm::NO_ELEMENT;
+}
+
 inline kelm::symmetric_fixed<double, 3> symmetric(const std::array<double, 6>& v) {
   kelm::symmetric_fixed<double, 3> s;
   for (unsigned i = 0; i < 6; ++i)

@@ -23,8 +23,7 @@ py::array interpolate_field(array_arg<double>& coords, array_arg<unsigned>& bg_c
   const auto n = view2(neighbours, f, "neighbours");
   const auto a = view1(ancestors, f, "ancestors");
   const auto t = view1(target_nodes, f, "target_nodes");
-  checked(without_gil([&] { return tk::interpolate(c, bg, n, a, field, t, static_cast<kelm::element_type>(type)); }), f,
-          table);
+  checked(without_gil([&] { return tk::interpolate(c, bg, n, a, field, t, element_kind(type)); }), f, table);
   return to_numpy(field);
 }
 

@@ -29,7 +29,7 @@ py::array transfer(array_arg<double>& coords, array_arg<unsigned>& bg_conn, arra
       return owned1(field.a, f, field_name);
   }();
   const auto t = std::make_tuple(view1(target_nodes, f, "target_nodes")...);
-  const auto kind = static_cast<kelm::element_type>(type);
+  const auto kind = element_kind(type);
   checked(without_gil([&] {
             return std::apply(
                 [&](const auto&... targets) {

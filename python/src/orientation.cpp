@@ -28,8 +28,7 @@ void bind_orientation(py::module_& m) {
       [](array_arg<unsigned> conn, int type) {
         const char* f = tk_doc::flip_1_name;
         auto e = owned2(conn, f, "conn");
-        checked(without_gil([&] { return tk::flip(e, static_cast<kelm::element_type>(type)); }), f,
-                tk_doc::flip_1_status);
+        checked(without_gil([&] { return tk::flip(e, element_kind(type)); }), f, tk_doc::flip_1_status);
         return to_numpy(e);
       },
       "conn"_a, "type"_a, doc(tk_doc::flip_1, note).c_str());
@@ -39,8 +38,7 @@ void bind_orientation(py::module_& m) {
         const char* f = tk_doc::flip_2_name;
         auto e = owned2(conn, f, "conn");
         auto n = owned2(neighbours, f, "neighbours");
-        checked(without_gil([&] { return tk::flip(e, n, static_cast<kelm::element_type>(type)); }), f,
-                tk_doc::flip_2_status);
+        checked(without_gil([&] { return tk::flip(e, n, element_kind(type)); }), f, tk_doc::flip_2_status);
         return py::make_tuple(to_numpy(e), to_numpy(n));
       },
       "conn"_a, "neighbours"_a, "type"_a,

@@ -20,6 +20,7 @@ REFUSALS = [
     (lambda: tk.normals(square_xy, square_t3, True), "normals", "coords", -1),
     (lambda: tk.mesh_reorient(square_t3, np.full((2, 3), tk.null_id), 5, 0), "mesh_reorient", "seed", -3),
     (lambda: tk.flip(square_t3, [[0, 0, 0]], tk.T3), "flip", "neighbours", -2),
+    (lambda: tk.flip(square_t3, 99), "flip", "type", -2),  # no such kind
     (lambda: tk.mesh_reorient(square_t3, [[0, 0, 0]], 0, 0), "mesh_reorient", "neighbours", -2),
     (lambda: tk.mesh_reorient([[0, 1, tk.null_id]], [[0, 0, 0]], 0, 0), "mesh_reorient", "conn", -1),
     (lambda: tk.convert_degenerated_Q4(square_t3), "convert_degenerated_Q4", "conn", -1),
