@@ -9,9 +9,9 @@ import pytest
 import tesskit2d as tk
 
 here = pathlib.Path(__file__).resolve().parent
-spec = importlib.util.spec_from_file_location("extract_docs", here.parent / "extract_docs.py")
-extract_docs = importlib.util.module_from_spec(spec)
-spec.loader.exec_module(extract_docs)
+found = importlib.util.spec_from_file_location("extract_docs", here.parent / "extract_docs.py")
+extract_docs = importlib.util.module_from_spec(found)
+found.loader.exec_module(extract_docs)
 
 HEADER = """
 /// \\file
