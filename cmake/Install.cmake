@@ -1,12 +1,14 @@
 include(CMakePackageConfigHelpers)
 
-install(TARGETS tesskit2d treisoma tesskit tesskit1d EXPORT tesskit2dTargets
+install(TARGETS tesskit2d tesskit2d_extras treisoma tesskit tesskit1d EXPORT tesskit2dTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY include/tesskit2d DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES ${PROJECT_BINARY_DIR}/include/tesskit2d/export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tesskit2d)
+install(FILES ${PROJECT_BINARY_DIR}/include/tesskit2d/export.h extras/include/tesskit2d/extras.h
+              ${PROJECT_BINARY_DIR}/include/tesskit2d/extras_export.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tesskit2d)
 install(DIRECTORY platform/treisoma/include/treisoma platform/tesskit/include/tesskit
                   platform/tesskit1d/include/tesskit1d
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
@@ -25,7 +27,7 @@ install(FILES ${PROJECT_BINARY_DIR}/tesskit2dConfig.cmake ${PROJECT_BINARY_DIR}/
 # (pkg-config --static).
 set(pc_static_define "")
 if(NOT BUILD_SHARED_LIBS)
-  set(pc_static_define " -DTESSKIT2D_STATIC_DEFINE")
+  set(pc_static_define " -DTESSKIT2D_STATIC_DEFINE -DTESSKIT2D_EXTRAS_STATIC_DEFINE")
 endif()
 set(pc_lapack "")
 foreach(lib IN LISTS LAPACK_LIBRARIES)

@@ -14,7 +14,7 @@ cmake --build --preset default --target tesskit2d_objects -j "$(nproc)" >/dev/nu
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 status=0
-run-clang-tidy -p build/default -quiet -j "$(nproc)" "$PWD/src/" "$PWD/platform/" "$PWD/tests/" "$PWD/examples/" \
+run-clang-tidy -p build/default -quiet -j "$(nproc)" "$PWD/src/" "$PWD/platform/" "$PWD/extras/" "$PWD/tests/" "$PWD/examples/" \
   "$PWD/bench/" >"$log" 2>&1 || status=$?
 grep -v -e '^[0-9]* warnings generated' -e '^Suppressed' -e '^Use -header-filter' -e '^clang-tidy' "$log" || true
 [[ $status -eq 0 ]] || { echo "lint: clang-tidy found the problems above" >&2; exit 1; }

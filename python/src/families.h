@@ -20,6 +20,7 @@ void bind_degenerate(pybind11::module_& m);
 void bind_connectivity(pybind11::module_& m);
 void bind_normals(pybind11::module_& m);
 void bind_curvature(pybind11::module_& m);
+void bind_extras(pybind11::module_& m);
 #ifdef TESSKIT2D_PYTHON_TEST_HOOKS
 void bind_test_hooks(pybind11::module_& m);
 #endif

@@ -62,6 +62,7 @@ PYBIND11_MODULE(_core, m) {
   tk_py::bind_connectivity(m);
   tk_py::bind_normals(m);
   tk_py::bind_curvature(m);
+  tk_py::bind_extras(m);
 #ifdef TESSKIT2D_PYTHON_TEST_HOOKS
   tk_py::bind_test_hooks(m);
 #endif

@@ -39,4 +39,6 @@ from ._core import (  # noqa: F401
     null_id, offset, parametric_curvatures, principal_curvatures, split_into_linear, split_into_Q4,
     split_Q4_into_T3, version)
 
+from . import extras  # noqa: E402,F401
+
 __version__: str = version()
