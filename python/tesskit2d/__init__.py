@@ -40,5 +40,7 @@ from ._core import (  # noqa: F401
     split_Q4_into_T3, version)
 
 from . import extras  # noqa: E402,F401
+from .files import FileError, Mesh, read, write  # noqa: E402,F401
+from .plot import plot, plot_quality  # noqa: E402,F401
 
 __version__: str = version()
