@@ -1,10 +1,9 @@
 """Mesh files: a small ``Mesh`` value, ``read`` and ``write``.
 
-Files go through meshio (Debian's ``python3-meshio``), except Gmsh's ``.msh``,
-which is read by Gmsh's own reader (``python3-gmsh``) when it is installed:
-it takes every file Gmsh writes (formats 2.2 and 4.1, ASCII and binary,
-physical groups on some entities only, ``Mesh.SaveAll``), which meshio does
-not. See ``gmsh_files``.
+Files go through meshio (Debian's ``python3-meshio``). A Gmsh ``.msh`` file
+that meshio refuses (physical groups on some entities only, which
+``Mesh.SaveAll`` writes) is read by Gmsh's own reader (``python3-gmsh``)
+instead, which takes every file Gmsh writes. See ``gmsh_files``.
 
 Cells are held in this library's node order, one block per kind:
 ``vertex``, ``line``, ``line3``, ``triangle``, ``quad``, ``triangle6``,
@@ -163,24 +162,18 @@ def read(path: str) -> Mesh:
     """
     if not os.path.isfile(path):
         raise FileError(f"{path}: no such file")
-    gmsh_error = None
-    if path.endswith(".msh"):
-        from . import gmsh_files
-        if gmsh_files.available():
-            # Gmsh reads what Gmsh writes; meshio's own format 4.1 files,
-            # which lack entities, are left to meshio.
-            try:
-                return gmsh_files.read(path)
-            except FileError as error:
-                gmsh_error = error
     import meshio
     said = io.StringIO()
     try:
         with contextlib.redirect_stderr(said), contextlib.redirect_stdout(said):
             m = meshio.read(path)
     except (Exception, SystemExit) as error:  # meshio raises many kinds, or exits, on bad files
-        if gmsh_error is not None:
-            raise gmsh_error from None
+        # meshio is fast but refuses Gmsh's files with physical groups on
+        # some entities only (Mesh.SaveAll); Gmsh's own reader takes them.
+        if path.endswith(".msh"):
+            from . import gmsh_files
+            if gmsh_files.available():
+                return gmsh_files.read(path)
         words = " ".join(said.getvalue().split()).replace("Error: ", "")
         raise FileError(words or f"{path}: {error}") from None
     cells: Dict[str, list] = {}
@@ -199,18 +192,15 @@ def read(path: str) -> Mesh:
                 {n: {k: np.concatenate(v) for k, v in d.items()} for n, d in data.items()})
 
 
-def write(path: str, mesh: Mesh) -> None:
+def write(path: str, mesh: Mesh, binary: bool = False) -> None:
     """Writes a mesh file; the format follows the extension, as meshio chooses it.
 
-    Point and cell data go with it, so results open in ParaView. A ``.msh``
-    file is written by Gmsh's own writer when it is installed (see
-    ``gmsh_files.write``: format 4.1, physical and entity tags kept; it holds
-    no point data), else by meshio.
+    Point and cell data go with it, so results open in ParaView; ``binary``
+    asks for the binary form where the format has one (``.msh``). A ``.msh``
+    file is written in Gmsh's format 2.2 with the physical and entity tags the
+    mesh carries (``gmsh:physical``, ``gmsh:geometrical``), 0 where it has
+    none.
     """
-    if path.endswith(".msh"):
-        from . import gmsh_files
-        if gmsh_files.available():
-            return gmsh_files.write(path, mesh)
     import meshio
     blocks = [(kind, _to_file_order(kind, block)) for kind, block in mesh.cells.items() if len(block)]
     cell_data = {name: [np.asarray(by_kind[kind]) for kind, _ in blocks]
@@ -220,7 +210,9 @@ def write(path: str, mesh: Mesh) -> None:
         for name in ("gmsh:physical", "gmsh:geometrical"):
             cell_data.setdefault(name, [np.zeros(len(b), dtype=int) for _, b in blocks])
         cell_data = {k: v for k, v in cell_data.items() if k.startswith("gmsh:") or np.asarray(v[0]).ndim == 1}
-        kwargs = {"file_format": "gmsh", "binary": False}
+        # Format 2.2 holds both tags on every element and needs no entity
+        # table, so any mix of cells can be written.
+        kwargs = {"file_format": "gmsh22", "binary": binary}
     m = meshio.Mesh(mesh.points, blocks, point_data=mesh.point_data, cell_data=cell_data)
     try:
         meshio.write(path, m, **kwargs)
