@@ -179,7 +179,7 @@ def cmd_measure(args) -> Mesh:
 def cmd_normals(args) -> Mesh:
     mesh = read(args.input)
     conn = mesh.surface()
-    normals = tk.normals(mesh.points, conn, True)
+    normals = tk.normals(mesh.points, conn, args.power, True)
     return _result(mesh, mesh.points, conn, point_data={"normal": normals})
 
 
@@ -357,7 +357,9 @@ def _parser() -> argparse.ArgumentParser:
     s = command("struct", cmd_struct, "a structured grid inside the closed loop of line cells")
     s.add_argument("--n-side", type=int, required=True, help="cells along the loop's second side")
     s.add_argument("--triangles", action="store_true", help="triangles instead of quadrangles")
-    command("normals", cmd_normals, "unit node normals of a surface, as point data 'normal'")
+    s = command("normals", cmd_normals, "unit node normals of a surface, as point data 'normal'")
+    s.add_argument("--power", type=float, default=1.0,
+                   help="elements weigh by their size to this power (0: all alike, 1: by size)")
     s = command("offset", cmd_offset, "move every node along its normal")
     s.add_argument("--distance", type=float, required=True, help="the distance (length units)")
     s = command("curvature", cmd_curvature, "principal curvatures and directions of a triangle surface")
