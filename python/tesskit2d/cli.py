@@ -379,10 +379,64 @@ def _parser() -> argparse.ArgumentParser:
     return p
 
 
+#: Subcommands that run on several MPI ranks when started by mpirun.
+PARALLEL = ("raise-order", "measure", "normals")
+
+
+def _under_mpi() -> bool:
+    import os
+    return int(os.environ.get("OMPI_COMM_WORLD_SIZE", os.environ.get("PMI_SIZE", "1"))) > 1
+
+
+def _run_parallel(args) -> Optional[Mesh]:
+    """Rank 0 reads and partitions; every rank works on its part; rank 0 writes the whole result.
+
+    The output equals the serial command's, up to the numbering of new nodes
+    (see tesskit2d.parallel).
+    """
+    from mpi4py import MPI
+
+    from . import parallel
+    comm = MPI.COMM_WORLD
+    mesh = coords = conn = error = None
+    if comm.rank == 0:
+        try:
+            if args.command == "raise-order" and args.order != 2:
+                raise UsageError("--order: mesh files hold quadratic cells only; use 2")
+            mesh = read(args.input)
+            coords = mesh.points if args.command == "normals" else mesh.coords()
+            conn = mesh.surface()
+        except (FileError, UsageError) as e:
+            error = e
+    parallel.agree(comm, comm.bcast(error, root=0))
+    dm = parallel.distribute(coords, conn, comm)
+    if args.command == "measure":
+        total = parallel.area(dm)
+        if comm.rank == 0:
+            print(f"area {total:.10g} ({comm.size} ranks)")
+        return None
+    if args.command == "normals":
+        whole = parallel.gather(dm, parallel.normals(dm, args.power))
+        return None if comm.rank else _result(mesh, mesh.points, conn, point_data={"normal": whole[2]})
+    whole = parallel.gather(parallel.raise_order(dm))
+    if comm.rank:
+        return None
+    raised, cells, _ = whole
+    raised[: len(coords)] = coords  # nodes no element uses stay where they were
+    return _result(mesh, raised, cells)
+
+
 def main(argv: Optional[List[str]] = None) -> int:
     args = _parser().parse_args(argv)
     try:
-        result = args.run(args)
+        if args.command in PARALLEL and _under_mpi():
+            from .parallel import ParallelError
+            try:
+                result = _run_parallel(args)
+            except ParallelError as error:
+                raise FileError(str(error)) from None
+        else:
+            result = args.run(args)
         if result is not None and getattr(args, "output", None):
             write(args.output, result)
     except (FileError, UsageError, tk.ArgumentError, MemoryError, OSError) as error:

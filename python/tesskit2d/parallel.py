@@ -56,6 +56,10 @@ class DistributedMesh:
     coords: np.ndarray
     conn: np.ndarray
     gid: np.ndarray
+    #: The global index of each local element, when the mesh was distributed from one whole mesh.
+    elements: Optional[np.ndarray] = None
+    #: The node count of the whole mesh (nodes no element uses included), when known.
+    n_nodes: Optional[int] = None
 
 
 def agree(comm, error: Optional[BaseException]) -> None:
@@ -78,15 +82,16 @@ def _bisect(centres: np.ndarray, parts: int) -> List[np.ndarray]:
     return split(np.arange(len(centres)), parts)
 
 
-def part(coords: np.ndarray, conn: np.ndarray, elements: np.ndarray) -> Tuple[np.ndarray, np.ndarray, np.ndarray]:
-    """The sub-mesh of some elements: local coords, local conn and the global IDs of its nodes."""
-    cells = conn[np.sort(elements)]
+def part(coords: np.ndarray, conn: np.ndarray, elements: np.ndarray) -> tuple:
+    """The sub-mesh of some elements: local coords, local conn, the global IDs of its nodes, the elements."""
+    elements = np.sort(elements)
+    cells = conn[elements]
     used = cells[cells != NULL]
     gid = np.unique(used)
     local = np.full(cells.shape, NULL, dtype=np.uint32)
     mask = cells != NULL
     local[mask] = np.searchsorted(gid, cells[mask])
-    return np.ascontiguousarray(coords[gid]), local, gid.astype(np.uint64)
+    return np.ascontiguousarray(coords[gid]), local, gid.astype(np.uint64), elements
 
 
 def distribute(coords, conn, comm, root: int = 0) -> DistributedMesh:
@@ -111,12 +116,38 @@ def distribute(coords, conn, comm, root: int = 0) -> DistributedMesh:
             error = e
     agree(comm, comm.bcast(error, root=root) if comm.rank == root else comm.bcast(None, root=root))
     local = comm.scatter(parts, root=root)
-    return DistributedMesh(comm, *local)
+    n_nodes = comm.bcast(len(coords) if comm.rank == root else None, root=root)
+    return DistributedMesh(comm, *local, n_nodes=n_nodes)
+
+
+def _boundary_nodes(dm: DistributedMesh) -> np.ndarray:
+    """Global IDs of the nodes on the free edges of this rank's sub-mesh: the only candidates for the interface."""
+    from . import extras
+    corners = dm.conn[:, :4] if dm.conn.shape[1] in (4, 8, 9) else dm.conn[:, :3]
+    if corners.shape[1] == 4 and not (corners[:, 3] != NULL).any():
+        corners = corners[:, :3]
+    if not len(corners):
+        return np.empty(0, dtype=np.uint64)
+    _, neighbours = extras.neighbours_of(np.ascontiguousarray(corners))
+    rows = corners.shape[1]
+    free_cells, free_slots = np.nonzero((neighbours == NULL) & (corners != NULL))
+    ends = []
+    for slot in range(rows):
+        cells = free_cells[free_slots == slot]
+        quad = (corners[cells, 3] != NULL) if rows == 4 else np.zeros(len(cells), dtype=bool)
+        if slot == 3:  # only quadrangles have a fourth edge
+            ends.append(corners[cells, 3]), ends.append(corners[cells, 0])
+            continue
+        # A quadrangle's slot s is edge (s, s + 1), a triangle's the edge opposite corner s.
+        ends.append(np.where(quad, corners[cells, slot], corners[cells, (slot + 1) % 3]))
+        ends.append(np.where(quad, corners[cells, (slot + 1) % 4], corners[cells, (slot + 2) % 3]))
+    nodes = np.unique(np.concatenate(ends)) if ends else np.empty(0, dtype=np.uint32)
+    return dm.gid[nodes.astype(np.int64)]
 
 
 def _interface_nodes(dm: DistributedMesh) -> np.ndarray:
-    """The global IDs of nodes held by more than one rank, sorted."""
-    every = np.concatenate(dm.comm.allgather(dm.gid))
+    """The global IDs of nodes held by more than one rank, sorted: boundary candidates compared across ranks."""
+    every = np.concatenate(dm.comm.allgather(_boundary_nodes(dm)))
     ids, counts = np.unique(every, return_counts=True)
     return ids[counts > 1]
 
@@ -175,24 +206,26 @@ def raise_order(dm: DistributedMesh) -> DistributedMesh:
     on_interface = edge.copy()
     on_interface[edge] = np.isin(ga, shared) & np.isin(gb, shared)
     candidates = comm.allgather(keys[on_interface])
+    # The owner of an interface edge: the lowest rank that holds it.
     owner = {}
-    for rank, ranked in enumerate(candidates):
-        for key in ranked.tolist():
-            owner.setdefault(key, rank)
-    mine = np.array([not on_interface[k] or owner[int(keys[k])] == comm.rank for k in range(len(new))], dtype=bool)
-    n_global = int(comm.allreduce(int(dm.gid.max(initial=0)) + 1, op=_max()))
+    for rank in reversed(range(comm.size)):
+        owner.update(dict.fromkeys(candidates[rank].tolist(), rank))
+    mine = ~on_interface
+    mine[on_interface] = np.array([owner[k] == comm.rank for k in keys[on_interface].tolist()], dtype=bool)
+    n_global = dm.n_nodes or int(comm.allreduce(int(dm.gid.max(initial=0)) + 1, op=_max()))
     start = comm.exscan(int(mine.sum())) or 0
     gid = np.concatenate([dm.gid, np.zeros(len(coords) - n_old, dtype=np.uint64)])
     order = np.argsort(new, kind="stable")  # new nodes in local order, as the library numbered them
-    new, keys, mine = new[order], keys[order], mine[order]
+    new, keys, mine, on_interface = new[order], keys[order], mine[order], on_interface[order]
     gid[new[mine].astype(np.int64)] = n_global + start + np.arange(mine.sum(), dtype=np.uint64)
-    told = {}
-    for ranked in comm.allgather({int(k): int(g) for k, g in zip(keys[mine], gid[new[mine].astype(np.int64)]) if k >= 0
-                                  and owner.get(int(k)) is not None}):
-        told.update(ranked)
-    for node, key in zip(new[~mine], keys[~mine]):
-        gid[int(node)] = told[int(key)]
-    return DistributedMesh(comm, coords, conn, gid)
+    # Owners tell the others the IDs of their interface edges' nodes.
+    told_keys, told_ids = zip(*comm.allgather((keys[mine & on_interface], gid[new[mine & on_interface].astype(np.int64)])))
+    told_keys, told_ids = np.concatenate(told_keys), np.concatenate(told_ids)
+    sort = np.argsort(told_keys)
+    asked = keys[~mine]
+    gid[new[~mine].astype(np.int64)] = told_ids[sort][np.searchsorted(told_keys[sort], asked)]
+    total = n_global + comm.allreduce(int(mine.sum()))
+    return DistributedMesh(comm, coords, conn, gid, dm.elements, total)
 
 
 def _max():
@@ -204,31 +237,34 @@ def normals(dm: DistributedMesh, power: float = 1.0, unit: bool = True) -> np.nd
     """Node normals of a distributed surface (``tesskit2d.normals`` with ``power``), through a ghost layer."""
     comm = dm.comm
     shared = _interface_nodes(dm)
-    touching = np.isin(dm.gid[np.where(dm.conn == NULL, 0, dm.conn).astype(np.int64)], shared).any(axis=1)
+    safe = np.where(dm.conn == NULL, 0, dm.conn).astype(np.int64)
+    touching = (np.isin(dm.gid[safe], shared) & (dm.conn != NULL)).any(axis=1)
     cells = dm.conn[touching]
+    nodes = np.unique(cells[cells != NULL]).astype(np.int64)
     global_cells = np.where(cells == NULL, np.uint64(NULL), dm.gid[np.where(cells == NULL, 0, cells).astype(np.int64)])
-    sent = (global_cells, dm.gid, dm.coords)
-    ghost_cells, ghost_gid, ghost_xyz = [], [], []
-    for rank, (g_cells, g_gid, g_xyz) in enumerate(comm.allgather(sent)):
-        if rank == comm.rank or not len(g_cells):
-            continue
-        ghost_cells.append(g_cells)
-        ghost_gid.append(g_gid)
-        ghost_xyz.append(g_xyz)
+    # The ghost layer: the elements of other ranks that touch the interface,
+    # with the coordinates of their nodes.
+    ghosts = [g for rank, g in enumerate(comm.allgather((global_cells, dm.gid[nodes], dm.coords[nodes])))
+              if rank != comm.rank and len(g[0])]
     gid, coords, conn = dm.gid, dm.coords, dm.conn
-    if ghost_cells:
-        more_gid = np.concatenate(ghost_gid)
-        more_xyz = np.concatenate(ghost_xyz)
-        known = dict(zip(gid.tolist(), range(len(gid))))
-        extra = [g for g in np.unique(more_gid).tolist() if g not in known]
-        index_of = {**known, **{g: len(gid) + i for i, g in enumerate(extra)}}
-        where = dict(zip(more_gid.tolist(), range(len(more_gid))))
-        coords = np.r_[coords, more_xyz[[where[g] for g in extra]]] if extra else coords
-        g_cells = np.concatenate(ghost_cells)
-        # Only ghost elements that touch this rank's nodes matter.
-        local_ids = np.vectorize(lambda g: index_of.get(int(g), NULL) if g != NULL else NULL, otypes=[np.uint32])(g_cells)
-        touches_me = ((local_ids < len(gid)) & (g_cells != NULL)).any(axis=1)
-        conn = np.r_[conn, local_ids[touches_me]].astype(np.uint32)
+    if ghosts:
+        g_cells = np.concatenate([g[0] for g in ghosts])
+        g_gid = np.concatenate([g[1] for g in ghosts])
+        g_xyz = np.concatenate([g[2] for g in ghosts])
+        g_gid, first = np.unique(g_gid, return_index=True)
+        g_xyz = g_xyz[first]
+        # Local IDs: a node this rank holds keeps its own; others go behind.
+        order = np.argsort(gid)
+        at = np.minimum(np.searchsorted(gid[order], g_gid), len(gid) - 1)
+        held = gid[order][at] == g_gid
+        local_of = np.where(held, order[at], 0).astype(np.int64)
+        local_of[~held] = len(gid) + np.arange((~held).sum())
+        coords = np.r_[coords, g_xyz[~held]]
+        valid = g_cells != NULL
+        mapped = np.full(g_cells.shape, NULL, dtype=np.int64)
+        mapped[valid] = local_of[np.searchsorted(g_gid, g_cells[valid])]
+        touches_me = ((mapped < len(gid)) & valid).any(axis=1)
+        conn = np.r_[conn, mapped[touches_me]].astype(np.uint32)
     error = result = None
     try:
         result = tk.normals(coords, conn, power, unit)[: len(dm.gid)]
@@ -241,22 +277,28 @@ def normals(dm: DistributedMesh, power: float = 1.0, unit: bool = True) -> np.nd
 def gather(dm: DistributedMesh, values: Optional[np.ndarray] = None, root: int = 0):
     """Collects the parts on ``root`` as one mesh in global IDs: (coords, conn, values) there, None elsewhere.
 
-    Global IDs are taken as they are (a node's row is its global ID); values
-    are per node, like ``coords``.
+    Global IDs are taken as they are (a node's row is its global ID; rows of
+    nodes that no element uses are NaN); values are per node, like
+    ``coords``. A distributed mesh gets back its element order.
     """
-    parts = dm.comm.gather((dm.coords, dm.conn, dm.gid, values), root=root)
+    parts = dm.comm.gather((dm.coords, dm.conn, dm.gid, values, dm.elements), root=root)
     if dm.comm.rank != root:
         return None
-    n = int(max(int(g.max(initial=0)) for _, _, g, _ in parts)) + 1
+    n = dm.n_nodes or int(max(int(g.max(initial=0)) for _, _, g, _, _ in parts)) + 1
     dim = parts[0][0].shape[1]
     coords = np.full((n, dim), np.nan)
     out_values = None
     conns = []
-    for xyz, conn, gid, vals in parts:
+    for xyz, conn, gid, vals, _ in parts:
         coords[gid.astype(np.int64)] = xyz
         if vals is not None:
             if out_values is None:
                 out_values = np.full((n,) + np.asarray(vals).shape[1:], np.nan)
             out_values[gid.astype(np.int64)] = vals
         conns.append(np.where(conn == NULL, NULL, gid[np.where(conn == NULL, 0, conn).astype(np.int64)]).astype(np.uint32))
-    return coords, np.concatenate(conns), out_values
+    conn = np.concatenate(conns)
+    if all(p[4] is not None for p in parts):
+        # Back in the whole mesh's element order.
+        order = np.concatenate([p[4] for p in parts])
+        conn = conn[np.argsort(order, kind="stable")]
+    return coords, conn, out_values

@@ -65,3 +65,25 @@ def test_a_bad_mesh_on_the_root_fails_on_every_rank():
         parallel.distribute(xy, np.r_[conn, [[0, 1, 999, N]]].astype(np.uint32), comm)
     with pytest.raises(parallel.ParallelError, match="cannot fill"):
         parallel.distribute(xy, conn[: comm.size - 1], comm)
+
+
+def test_the_command_line_under_mpirun_writes_the_serial_result(tmp_path_factory):
+    import meshio
+    from tesskit2d.cli import main
+    folder = comm.bcast(str(tmp_path_factory.mktemp("cli")) if comm.rank == 0 else None)
+    source, out = f"{folder}/in.vtu", f"{folder}/out.vtu"
+    if comm.rank == 0:
+        xy, conn = mixed_mesh(20)
+        tri = conn[:, 3] == N
+        cells = [("triangle", conn[tri, :3]), ("quad", conn[~tri])]
+        meshio.write(source, meshio.Mesh(np.c_[xy, np.zeros(len(xy))], cells,
+                                         cell_data={"tag": [np.arange(tri.sum()), np.arange((~tri).sum())]}))
+    comm.barrier()
+    assert main(["raise-order", source, out]) == 0
+    if comm.rank == 0:
+        serial = tk.read(source)
+        coords, conn = tk.convert_into_quadratic(serial.coords(), serial.surface())
+        got = tk.read(out)
+        assert by_corners(got.coords(), got.surface()) == by_corners(coords, conn)
+        assert np.array_equal(got.cell_data["tag"]["quad9"], np.arange((serial.surface()[:, 3] != N).sum()))
+    assert main(["raise-order", f"{folder}/missing.vtu", out]) == 2
