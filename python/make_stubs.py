@@ -24,22 +24,17 @@ def signatures(function) -> list:
     return [s for s in found if s.startswith(name + "(") and "*args, **kwargs" not in s]
 
 
-def main() -> None:
-    sys.path.insert(0, sys.argv[1])
-    from tesskit2d import _core
+HEADER = ["# Generated from the built extension by make_stubs.py; do not edit.",
+          "from typing import Any, Optional, Sequence, Tuple, overload", "",
+          "from numpy.typing import ArrayLike, NDArray", ""]
 
-    out = ["# Generated from the built extension by make_stubs.py; do not edit.",
-           "from typing import Any, Optional, Sequence, Tuple, overload", "",
-           "from numpy.typing import ArrayLike, NDArray", "",
-           "class ArgumentError(ValueError):", "    function: str", "    argument: str", "    status: int", ""]
-    for name in sorted(dir(_core)):
-        value = getattr(_core, name)
-        if isinstance(value, int):
-            out.append(f"{name}: int")
-    out.append("")
-    for name in sorted(dir(_core)):
-        value = getattr(_core, name)
-        if name.startswith("_") or not callable(value) or isinstance(value, type):
+
+def functions(module) -> list:
+    """Stub lines of the public functions of a pybind11 module."""
+    out = []
+    for name in sorted(dir(module)):
+        value = getattr(module, name)
+        if name.startswith("_") or not callable(value) or isinstance(value, type) or not hasattr(value, "__doc__"):
             continue
         forms = signatures(value)
         for form in forms:
@@ -48,9 +43,26 @@ def main() -> None:
             if len(forms) > 1:
                 out.append("@overload")
             out.append(f"def {form}: ...")
-        out.append("")
+        if forms:
+            out.append("")
+    return out
+
+
+def main() -> None:
+    sys.path.insert(0, sys.argv[1])
+    from tesskit2d import _core
+
+    out = HEADER + ["class ArgumentError(ValueError):", "    function: str", "    argument: str", "    status: int",
+                    ""]
+    out += [f"{name}: int" for name in sorted(dir(_core)) if isinstance(getattr(_core, name), int)]
+    out += ["", "from . import extras as extras", ""] if hasattr(_core, "extras") else [""]
+    out += functions(_core)
     with open(sys.argv[2], "w", encoding="utf-8") as f:
         f.write("\n".join(out))
+    if hasattr(_core, "extras"):
+        # The submodule tesskit2d.extras re-exports _core.extras.
+        with open(sys.argv[2].replace("_core.pyi", "extras.pyi"), "w", encoding="utf-8") as f:
+            f.write("\n".join(HEADER + functions(_core.extras)))
 
 
 if __name__ == "__main__":

@@ -33,7 +33,7 @@ def folded_curvature():
     f = 0.3
     xyz = np.array([[0, 0, 0], [0, 2, 0], [1, 1, 0], [-math.cos(f), 1, math.sin(f)]])
     conn = np.array([[0, 2, 1], [0, 1, 3]], dtype=np.uint32)
-    neighbours = np.array([[N, 1, N], [N, N, 0]], dtype=np.uint32)
+    _, neighbours = tk.extras.neighbours_of(conn)  # (N, 1, N), (N, N, 0)
     return tk.principal_curvatures(xyz, conn, neighbours, 5.0, 3.14159, 40)[:, 6:].round(12).tolist()
 
 
