@@ -67,6 +67,15 @@ template <class T> dense1D<T, 8> view1(array_arg<T>& a, const char* function, co
 template <class T> dense2D<T> owned2(array_arg<T>& a, const char* function, const char* argument);
 template <class T> dense1D<T, 8> owned1(array_arg<T>& a, const char* function, const char* argument);
 
+/// A view of the caller's array for an export whose contract only appends
+/// columns behind the existing ones, which keep their values: the view's
+/// storage has no room for another column, so the library grows it into
+/// storage of its own before it writes, and the caller's array is never
+/// written. This saves the copy that owned2() makes.
+template <class T> dense2D<T> appended_only2(array_arg<T>& a, const char* function, const char* argument) {
+  return view2<T>(a, function, argument);
+}
+
 /// The same for an optional argument: an empty array when it is None.
 template <class T> dense2D<T> view2(optional_array<T>& a, const char* function, const char* argument) {
   return a ? view2<T>(*a, function, argument) : dense2D<T>();

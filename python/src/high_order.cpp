@@ -15,7 +15,7 @@ void bind_high_order(py::module_& m) {
       "convert_into_high_order",
       [](array_arg<double> coords, array_arg<unsigned> conn, unsigned n_edge_nodes, unsigned n_quad_nodes,
          unsigned n_tri_nodes, optional_array<unsigned> edges, bool in_place) {
-        auto c = owned2(coords, tk_doc::convert_into_high_order_0_name, "coords");
+        auto c = appended_only2(coords, tk_doc::convert_into_high_order_0_name, "coords");
         const auto known = view2(edges, tk_doc::convert_into_high_order_0_name, "edges");
         if (in_place) {
           const char* f = tk_doc::convert_into_high_order_1_name;
@@ -50,7 +50,7 @@ void bind_high_order(py::module_& m) {
       [](array_arg<double> coords, array_arg<unsigned> conn, optional_array<unsigned> edges) {
         const int form = edges ? 1 : 0;
         const char* f = tk_doc::convert_into_quadratic_0_name;
-        auto c = owned2(coords, f, "coords");
+        auto c = appended_only2(coords, f, "coords");
         auto e = owned2(conn, f, "conn");
         const auto known = view2(edges, f, "edges");
         const int status = without_gil(

@@ -58,7 +58,10 @@ def test_outputs_are_the_library_buffers_and_outlive_the_call():
 def test_arguments_are_not_changed():
     xy, quads = grid(2)
     saved = xy.copy(), quads.copy()
-    tk.convert_into_quadratic(xy, quads)
+    raised = tk.convert_into_quadratic(xy, quads)[0]
+    assert not np.shares_memory(raised, xy)
+    for counts in ((1, 1, 0), (0, 0, 0)):  # nodes appended, or nothing to do
+        assert not np.shares_memory(tk.convert_into_high_order(xy, quads, *counts)[0], xy)
     tk.flip(quads)
     tk.mesh_struct_Q4(xy, np.r_[0, 1, 2, 5, 8, 7, 6, 3, 0].astype(np.uint32), 2)
     assert (xy == saved[0]).all() and (quads == saved[1]).all()
