@@ -194,6 +194,12 @@ def cmd_curvature(args) -> Mesh:
     conn = mesh.surface()
     if conn.shape[1] != 3:
         raise UsageError("curvature reads triangle meshes; split quadrangles first")
+    if args.tangents:
+        if args.tangents not in mesh.point_data:
+            raise UsageError(f"--tangents: no point data '{args.tangents}'")
+        tangents = np.asarray(mesh.point_data[args.tangents], dtype=float)
+        forms = tk.parametric_curvatures(np.ascontiguousarray(mesh.points[:, :2]), conn, tangents)
+        return _result(mesh, mesh.points, conn, point_data={"second_form": forms})
     _, neighbours = extras.neighbours_of(conn)
     k = tk.principal_curvatures(mesh.points, conn, neighbours, args.radius, np.radians(args.max_angle),
                                 args.max_elements)
@@ -230,12 +236,42 @@ def cmd_interpolate(args) -> Mesh:
 
 
 def cmd_metrics(args) -> Mesh:
-    mesh = read(args.input)
-    conn = mesh.surface()
-    if conn.shape[1] != 3:
-        raise UsageError("metrics generation reads triangle meshes")
-    metrics = tk.metrics_gen_aniso3d(mesh.points, conn, args.normal_size)
-    return _result(mesh, mesh.points, conn, point_data={"metric": metrics})
+    if args.mode == "generation":
+        mesh = read(args.input)
+        conn = mesh.surface()
+        if conn.shape[1] != 3:
+            raise UsageError("metrics generation reads triangle meshes")
+        if args.normal_size is None:
+            raise UsageError("metrics generation needs --normal-size")
+        metrics = tk.metrics_gen_aniso3d(mesh.points, conn, args.normal_size)
+        return _result(mesh, mesh.points, conn, point_data={"metric": metrics})
+    if args.mode == "structured":
+        mesh = read(args.input)
+        loop = _loop(_lines(mesh))
+        if args.field not in mesh.point_data:
+            raise UsageError(f"--field: the loop has no point data '{args.field}'")
+        values = np.asarray(mesh.point_data[args.field], dtype=float)
+        coords, conn = tk.mesh_struct_Q4(mesh.coords(), loop, args.n_side)
+        field = tk.metrics_struct(loop, args.n_side, values)
+        return Mesh(mesh.points[:0]).with_surface(coords, conn, {args.field: field})
+    # transfer: a size or metric field from a background mesh onto the input's nodes
+    if not args.background:
+        raise UsageError("metrics transfer needs --background")
+    background, target = read(args.background), read(args.input)
+    if args.field not in background.point_data:
+        raise UsageError(f"--field: the background mesh has no point data '{args.field}'")
+    bg_conn = background.surface()
+    if bg_conn.shape[1] not in (3, 4):
+        raise UsageError("the background mesh must be linear")
+    values = np.asarray(background.point_data[args.field], dtype=float)
+    n_bg = len(background.points)
+    coords = np.r_[background.coords()[:, :2], target.coords()[:, :2]]
+    _, neighbours = extras.neighbours_of(bg_conn)
+    ancestors = extras.ancestors_of(bg_conn, len(coords))
+    field = np.concatenate([values, np.zeros((len(target.points),) + values.shape[1:])])
+    kind = tk.T3 if bg_conn.shape[1] == 3 else tk.MIXED
+    carried = tk.interpolate_metrics(coords, bg_conn, neighbours, ancestors, field, False, kind)[n_bg:]
+    return _result(target, target.coords(), target.surface(), point_data={args.field: carried})
 
 
 def cmd_extrude(args) -> Mesh:
@@ -342,7 +378,8 @@ def _parser() -> argparse.ArgumentParser:
     s = command("measure", cmd_measure, "area, angles and a quality histogram", optional_output=True)
     s.add_argument("--plot", help="also draw the angle histograms into this PNG or SVG file")
     s = command("extrude", cmd_extrude, "sweep the line cells into a surface mesh")
-    s.add_argument("mode", choices=("translate", "rotate", "spiral", "normal"), help="how the lines move")
+    s.add_argument("--mode", choices=("translate", "rotate", "spiral", "normal"), required=True,
+                   help="how the lines move")
     s.add_argument("--layers", type=int, default=1, help="uniform layers (count)")
     s.add_argument("--graded", type=float, nargs=2, metavar=("H0", "H1"),
                    help="graded layers: first and last layer thickness (length units; for rotate, radians)")
@@ -362,15 +399,26 @@ def _parser() -> argparse.ArgumentParser:
                    help="elements weigh by their size to this power (0: all alike, 1: by size)")
     s = command("offset", cmd_offset, "move every node along its normal")
     s.add_argument("--distance", type=float, required=True, help="the distance (length units)")
-    s = command("curvature", cmd_curvature, "principal curvatures and directions of a triangle surface")
+    s = command("curvature", cmd_curvature, "principal curvatures and directions of a triangle surface, "
+                                             "or the parametric second form with --tangents")
     s.add_argument("--radius", type=float, default=1.0, help="the patch radius (length units)")
     s.add_argument("--max-angle", type=float, default=60.0, help="patch normals within this of the node's (degrees)")
     s.add_argument("--max-elements", type=int, default=40, help="elements per patch at most")
+    s.add_argument("--tangents", help="parametric: point data of 6 values, dS/du and dS/dv, at nodes whose "
+                                      "coordinates are (u, v); writes the second form as 'second_form'")
     s = command("interpolate", cmd_interpolate, "carry point data from a background mesh onto the input mesh")
     s.add_argument("--background", required=True, help="the mesh file whose point data is carried")
     s.add_argument("--field", help="the point data to carry (default: every floating-point one)")
-    s = command("metrics", cmd_metrics, "anisotropic metrics from curvature, as point data 'metric'")
-    s.add_argument("--normal-size", type=float, required=True, help="the size across the surface (length units)")
+    s = command("metrics", cmd_metrics, "metric and size fields: generated, transferred or structured")
+    s.add_argument("--mode", choices=("generation", "transfer", "structured"), required=True,
+                   help="generation: anisotropic metrics from the curvature of a triangle surface; transfer: a "
+                        "size or metric field from --background onto the input's nodes; structured: a size field "
+                        "on the loop of line cells carried into the structured grid it bounds")
+    s.add_argument("--normal-size", type=float, help="generation: the size across the surface (length units)")
+    s.add_argument("--background", help="transfer: the mesh file that holds the field")
+    s.add_argument("--field", default="size",
+                   help="transfer, structured: the point data: sizes (length units) or metrics (3 or 6 values)")
+    s.add_argument("--n-side", type=int, default=4, help="structured: cells along the loop's second side")
     s = command("plot", cmd_plot, "draw the mesh (PNG or SVG by the output's extension)")
     s.add_argument("--field", help="point data to colour the mesh by (vectors by their length)")
     s.add_argument("--vectors", help="point data to draw as arrows")

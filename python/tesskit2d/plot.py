@@ -66,8 +66,8 @@ def plot(coords, conn, field=None, vectors=None, path: Optional[str] = None, siz
             fig.colorbar(shade, ax=ax)
         from matplotlib.collections import PolyCollection
         ax.add_collection(PolyCollection(_polygons(xy, conn), facecolors="none", edgecolors="0.2", linewidths=0.5))
-        if vectors is not None:
-            v = np.asarray(vectors, dtype=float)[:, :2]
+        v = None if vectors is None else np.asarray(vectors, dtype=float)[:, :2]
+        if v is not None and np.any(v):  # normals of a plane have nothing to show in it
             ax.quiver(xy[:, 0], xy[:, 1], v[:, 0], v[:, 1], color="tab:red", angles="xy", scale_units="xy",
                       scale=1 / vector_scale if vector_scale else None)
         ax.autoscale_view()

@@ -125,3 +125,24 @@ def test_bad_input_ends_with_one_line_and_status_2(tmp_path):
     for args, words in cases:
         done = run(*args, ok=False)
         assert done.returncode == 2 and words in done.stderr and len(done.stderr.strip().splitlines()) == 1, done.stderr
+
+
+def test_every_subcommand_runs_on_a_small_mesh(tmp_path):
+    from tesskit2d.cli import main
+    t = np.linspace(0, 2 * np.pi, 13)[:-1]
+    loop = tmp_path / "loop.vtu"
+    meshio.write(loop, meshio.Mesh(np.c_[np.cos(t), np.sin(t), np.zeros(12)],
+                                   [("line", np.c_[np.arange(12), (np.arange(12) + 1) % 12])],
+                                   point_data={"size": 0.1 + 0.05 * np.cos(t)}))
+    disc, wavy = tmp_path / "disc.vtu", tmp_path / "wavy.vtu"
+    assert main(["metrics", "--mode", "structured", "--n-side", "3", str(loop), str(disc)]) == 0
+    xy, quads = grid(6)
+    triangles = np.r_[quads[:, [0, 1, 2]], quads[:, [2, 3, 0]]]
+    meshio.write(wavy, meshio.Mesh(np.c_[xy, 0.2 * np.sin(3 * xy[:, 0])], [("triangle", triangles)]))
+    runs = [["extrude", "--mode", "rotate", "--center", "0,0", "--layers", "3", loop],
+            ["extrude", "--mode", "translate", "--direction", "0,1", "--graded", "0.1", "0.3", "--triangles", loop],
+            ["metrics", "--mode", "transfer", "--background", disc, disc], ["normals", wavy], ["offset", "--distance", "0.1", wavy],
+            ["curvature", "--radius", "0.3", wavy], ["metrics", "--mode", "generation", "--normal-size", "0.05", wavy],
+            ["split", "--to", "quads", wavy], ["reorient", disc], ["measure", disc]]
+    for k, args in enumerate(runs):
+        assert main([*map(str, args), str(tmp_path / f"out{k}.vtu")]) == 0, args
