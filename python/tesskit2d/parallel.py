@@ -237,8 +237,8 @@ def normals(dm: DistributedMesh, power: float = 1.0, unit: bool = True) -> np.nd
     """Node normals of a distributed surface (``tesskit2d.normals`` with ``power``), through a ghost layer."""
     comm = dm.comm
     shared = _interface_nodes(dm)
-    safe = np.where(dm.conn == NULL, 0, dm.conn).astype(np.int64)
-    touching = (np.isin(dm.gid[safe], shared) & (dm.conn != NULL)).any(axis=1)
+    on_interface = np.append(np.isin(dm.gid, shared), False)  # the extra entry answers for null_id
+    touching = on_interface[np.minimum(dm.conn, len(dm.gid)).astype(np.int64)].any(axis=1)
     cells = dm.conn[touching]
     nodes = np.unique(cells[cells != NULL]).astype(np.int64)
     global_cells = np.where(cells == NULL, np.uint64(NULL), dm.gid[np.where(cells == NULL, 0, cells).astype(np.int64)])
