@@ -54,6 +54,29 @@ void bind_extras(py::module_& parent) {
       },
       "conn"_a, "n_nodes"_a, doc(tk_doc::ancestors_of_0, "Returns ancestors, of shape (n_nodes,).").c_str());
   m.def(
+      "renumber",
+      [](array_arg<double> coords, array_arg<unsigned> conn, optional_array<double> field,
+         optional_array<unsigned> neighbours) {
+        const char* f = tk_doc::renumber_0_name;
+        auto c = owned2(coords, f, "coords");
+        auto e = owned2(conn, f, "conn");
+        auto values = owned2(field, f, "field");
+        auto table = owned2(neighbours, f, "neighbours");
+        kelm::dense1D<unsigned> nodes, elements;
+        checked(without_gil([&] {
+                  return ex::renumber(c, e, field ? &values : nullptr, neighbours ? &table : nullptr, nodes, elements);
+                }),
+                f, tk_doc::renumber_0_status);
+        return py::make_tuple(to_numpy(c), to_numpy(e), field ? py::object(to_numpy(values)) : py::none(),
+                              neighbours ? py::object(to_numpy(table)) : py::none(), to_numpy(nodes),
+                              to_numpy(elements));
+      },
+      "coords"_a, "conn"_a, "field"_a = py::none(), "neighbours"_a = py::none(),
+      doc(tk_doc::renumber_0, "Returns (coords, conn, field, neighbours, node_order, element_order), new arrays "
+                              "(field and neighbours None when not given); the arguments are not changed. field "
+                              "is (#nodes, r).")
+          .c_str());
+  m.def(
       "vtk_order", [](unsigned rows) { return order_list(ex::vtk_order(rows), rows); }, "rows"_a,
       doc(tk_doc::vtk_order_0, "Returns a list of `rows` row numbers, or None.").c_str());
   m.def(

@@ -17,7 +17,7 @@ import numpy as np
 import tesskit2d as tk
 
 from . import extras
-from .files import NULL, FileError, Mesh, read, summary, write
+from .files import NULL, SURFACE_KINDS, FileError, Mesh, read, summary, write
 
 
 class UsageError(Exception):
@@ -328,6 +328,21 @@ def cmd_struct(args) -> Mesh:
     return Mesh(mesh.points[:0]).with_surface(coords, conn)
 
 
+def cmd_renumber(args) -> Mesh:
+    mesh = read(args.input)
+    conn = mesh.surface()
+    coords, conn, _, _, nodes, elements = extras.renumber(mesh.points, conn)
+    point_data = {name: np.asarray(v)[nodes] for name, v in mesh.point_data.items()}
+    cell_data = {name: values[elements] for name, values in mesh.surface_cell_data().items()}
+    # Vertex and line cells keep their order and follow their nodes.
+    new_of = np.empty(len(nodes), dtype=np.uint32)
+    new_of[nodes] = np.arange(len(nodes), dtype=np.uint32)
+    others = {k: new_of[v] for k, v in mesh.cells.items() if k not in SURFACE_KINDS}
+    other_data = {n: {k: v for k, v in d.items() if k in others} for n, d in mesh.cell_data.items()}
+    rest = Mesh(mesh.points, others, {}, {n: d for n, d in other_data.items() if d})
+    return rest.with_surface(coords, conn, point_data, cell_data)
+
+
 def cmd_plot(args) -> None:
     from .plot import plot
     mesh = read(args.input)
@@ -419,6 +434,8 @@ def _parser() -> argparse.ArgumentParser:
     s.add_argument("--field", default="size",
                    help="transfer, structured: the point data: sizes (length units) or metrics (3 or 6 values)")
     s.add_argument("--n-side", type=int, default=4, help="structured: cells along the loop's second side")
+    command("renumber", cmd_renumber, "nodes along a Hilbert curve, elements by their smallest node: locality "
+                                      "for the calls that follow")
     s = command("plot", cmd_plot, "draw the mesh (PNG or SVG by the output's extension)")
     s.add_argument("--field", help="point data to colour the mesh by (vectors by their length)")
     s.add_argument("--vectors", help="point data to draw as arrows")

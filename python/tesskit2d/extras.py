@@ -8,6 +8,9 @@
     _, neighbours = tesskit2d.extras.neighbours_of(conn)
     ancestors = tesskit2d.extras.ancestors_of(conn, len(coords))
 
+``renumber`` orders nodes along a Hilbert curve and elements by their
+smallest new node, once, before a pipeline of calls on a mesh from a mesher.
+
 ``to_vtk_order`` and ``from_vtk_order`` convert quadratic cells between this
 library's node order and the one VTK and Gmsh use (they differ for T6).
 """
@@ -19,3 +22,4 @@ vtk_order = _bound.vtk_order
 library_order = _bound.library_order
 to_vtk_order = _bound.to_vtk_order
 from_vtk_order = _bound.from_vtk_order
+renumber = _bound.renumber

@@ -143,6 +143,6 @@ def test_every_subcommand_runs_on_a_small_mesh(tmp_path):
             ["extrude", "--mode", "translate", "--direction", "0,1", "--graded", "0.1", "0.3", "--triangles", loop],
             ["metrics", "--mode", "transfer", "--background", disc, disc], ["normals", wavy], ["offset", "--distance", "0.1", wavy],
             ["curvature", "--radius", "0.3", wavy], ["metrics", "--mode", "generation", "--normal-size", "0.05", wavy],
-            ["split", "--to", "quads", wavy], ["reorient", disc], ["measure", disc]]
+            ["split", "--to", "quads", wavy], ["reorient", disc], ["measure", disc], ["renumber", disc]]
     for k, args in enumerate(runs):
         assert main([*map(str, args), str(tmp_path / f"out{k}.vtu")]) == 0, args

@@ -82,3 +82,48 @@ TEST(Extras, NodeOrdersPutEachMidNodeOnItsEdgeAndComeBack) {
   EXPECT_EQ(extras::to_vtk_order(linear), -1);
   EXPECT_EQ(as_columns(linear), (cols_t{{0, 1, 2, 3}}));
 }
+
+TEST(Extras, RenumberingMovesEverythingTogetherAndRefusesWithoutChange) {
+  const auto mesh = make_random_mesh(9, 4);
+  auto xy = own_copy(mesh.coords);
+  auto c = own_copy(mesh.conn);
+  dense2D<double> field(1, xy.cols);
+  for (unsigned k = 0; k < xy.cols; ++k)
+    field(0, k) = 3 * xy(0, k) - xy(1, k);
+  dense2D<unsigned> nb;
+  ASSERT_EQ(extras::neighbours_of(c, nb), 0);
+  dense1D<unsigned> nodes, elements;
+  ASSERT_EQ(extras::renumber(xy, c, &field, &nb, nodes, elements), 0);
+  ASSERT_EQ(nodes.size, xy.cols);
+  ASSERT_EQ(elements.size, c.cols);
+  for (unsigned k = 0; k < xy.cols; ++k) {
+    EXPECT_EQ(xy(0, k), mesh.coords(0, nodes[k]));
+    EXPECT_EQ(field(0, k), 3 * xy(0, k) - xy(1, k));
+  }
+  unsigned previous = 0;
+  for (unsigned j = 0; j < c.cols; ++j) {
+    unsigned smallest = N;
+    for (unsigned r = 0; r < 4; ++r) {
+      const unsigned was = mesh.conn(r, elements[j]);
+      EXPECT_EQ(c(r, j) == N ? N : nodes[c(r, j)], was);
+      if (c(r, j) != N) smallest = std::min(smallest, c(r, j));
+    }
+    EXPECT_LE(previous, smallest); // elements by their smallest new node
+    previous = smallest;
+  }
+  dense2D<unsigned> fresh;
+  ASSERT_EQ(extras::neighbours_of(c, fresh), 0);
+  EXPECT_EQ(as_columns(nb), as_columns(fresh));
+
+  struct row {
+    unsigned coord_rows, bad_id, field_cols, nb_cols;
+    int status;
+  };
+  for (const row& r : {row{4, 0, 9, 9, -1}, row{2, 9, 9, 9, -2}, row{2, 0, 8, 9, -3}, row{2, 0, 9, 8, -4}}) {
+    dense2D<double> x(r.coord_rows, 9, 1.0), f(1, r.field_cols, 2.0);
+    auto cc = conn({{0, 1, 2, r.bad_id}, {3, 4, 5, N}});
+    dense2D<unsigned> n2(3, r.nb_cols == 9 ? 2 : 1, N);
+    EXPECT_EQ(extras::renumber(x, cc, &f, &n2, nodes, elements), r.status);
+    EXPECT_EQ(as_columns(cc), (cols_t{{0, 1, 2, r.bad_id}, {3, 4, 5, N}}));
+  }
+}

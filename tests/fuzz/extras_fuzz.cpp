@@ -1,6 +1,8 @@
 // The companion tables on any connectivity: neighbours that point back,
 // ancestors that hold their node, node orders that come back.
 
+#include <vector>
+
 #include "fuzz_arrays.h"
 #include "tesskit2d/extras.h"
 
@@ -50,5 +52,30 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (unsigned j = 0; j < conn.cols; ++j)
       for (unsigned r = 0; r < conn.rows; ++r)
         if (copy(r, j) != conn(r, j)) fuzz::broken("node orders do not come back");
+
+  // Renumbering any coordinates (NaN and infinities included): the orders
+  // are permutations and the cells name the same nodes as before.
+  auto xy = fuzz::coords(in, 24);
+  auto cells = fuzz::ids(in, fuzz::pick<unsigned>(in, {3, 4}), xy.cols);
+  kelm::dense2D<unsigned> before;
+  before.copy(cells);
+  kelm::dense1D<unsigned> nodes, elements;
+  const int renumbered = ex::renumber(xy, cells, nullptr, nullptr, nodes, elements);
+  fuzz::check_status(renumbered);
+  if (renumbered == 0) {
+    std::vector<bool> seen(nodes.size);
+    for (unsigned k = 0; k < nodes.size; ++k) {
+      if (nodes[k] >= nodes.size || seen[nodes[k]]) fuzz::broken("a node order that is no permutation");
+      seen[nodes[k]] = true;
+    }
+    for (unsigned j = 0; j < cells.cols; ++j)
+      for (unsigned r = 0; r < cells.rows; ++r) {
+        const unsigned now = cells(r, j), was = before(r, elements[j]);
+        if ((now == fuzz::null_id) != (was == fuzz::null_id) || (now != fuzz::null_id && nodes[now] != was))
+          fuzz::broken("a renumbered cell that names other nodes");
+      }
+  } else if (renumbered != -1 && renumbered != -2) {
+    fuzz::broken("a status renumber does not give here");
+  }
   return 0;
 }
