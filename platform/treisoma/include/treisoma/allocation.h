@@ -4,9 +4,12 @@
 #include "treisoma/export.h"
 
 /// Allocates `bytes` bytes, all zero. Returns null when memory is exhausted;
-/// callers test for null and have no other failure path. Large blocks come
-/// straight from the system's zero pages, so the zeroing costs nothing until
-/// the memory is touched.
+/// callers test for null and have no other failure path. Blocks of 4 MiB and
+/// more are mapped on their own where the system allows it, aligned on 2 MiB
+/// and advised for transparent huge pages: the kernel's zero pages, so the
+/// zeroing costs nothing until the memory is touched, and large ones, so
+/// that first touch and random access cost less. Smaller blocks come from
+/// the heap.
 TREISOMA_EXPORT void* __vector_num_alloc(unsigned bytes) noexcept;
 
 /// Frees what `__vector_num_alloc` returned. Null is ignored.
