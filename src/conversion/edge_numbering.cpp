@@ -1,74 +1,80 @@
 #include "conversion/edge_numbering.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace kelm {
 namespace tesskit2d {
 namespace {
 
-// Elements looked ahead when numbering: the bucket heads of the edges of
-// element j + elements_ahead are requested while element j inserts its
-// own, so that misses of heads spread over a table far larger than the
-// cache overlap instead of stalling the walk one after the other.
-constexpr unsigned elements_ahead = 8;
+// Elements looked ahead. The slot counts of an element's lower ends are
+// requested `ahead` elements before its slots, and its slots `ahead`
+// elements before it is numbered: on a mesh whose numbering scatters
+// neighbours across memory the misses of many elements are then in flight
+// together instead of stalling the walk one after the other.
+constexpr unsigned ahead = 16;
 
-// The edges of one element, as its column lists them, with their hashes.
-struct element_edges {
-  edge2 key[4];
-  unsigned hash[4];
-  unsigned n_edges;
-};
+// The lower ends of the edges of column c, in the column's edge order.
+inline unsigned lower_ends(const dense2D<unsigned>& conn, const unsigned* c, unsigned* lower) noexcept {
+  const bool triangle = is_triangle(conn, c);
+  const unsigned n_edges = triangle ? 3 : 4;
+  for (unsigned e = 0; e < n_edges; ++e)
+    lower[e] = std::min(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1));
+  return n_edges;
+}
 
-// Hashes the edges of the elements a fixed number of columns ahead of their
-// insertion and requests their bucket heads; a ring keeps them until then.
-class edge_lookahead {
-public:
-  edge_lookahead(const dense2D<unsigned>& conn, const edge_map& map) noexcept : conn_(conn), map_(map) {
-    for (unsigned j = 0; j < elements_ahead && j < conn.cols; ++j)
-      hash_element(j);
-  }
+// Requests base + scale * lower[e] for the k (3 or 4) lower ends of an
+// element. Inlined and written out: a function or loop whose only effect is
+// a prefetch reads as dead code to the optimiser.
+template <class T>
+[[gnu::always_inline]] inline void prefetch_ends(const T* base, std::size_t scale, const unsigned* lower,
+                                                 unsigned k) noexcept {
+  __builtin_prefetch(base + lower[0] * scale, 1);
+  __builtin_prefetch(base + lower[1] * scale, 1);
+  __builtin_prefetch(base + lower[2] * scale, 1);
+  if (k > 3) __builtin_prefetch(base + lower[3] * scale, 1);
+}
 
-  // The edges of element j, which must come in column order; they stay
-  // valid until the next call.
-  const element_edges& edges_of(unsigned j) noexcept {
-    if (j + elements_ahead < conn_.cols) hash_element(j + elements_ahead);
-    return ring_[j % size];
-  }
-
-private:
-  static constexpr unsigned size = 16;
-  static_assert(elements_ahead < size, "the ring holds the elements looked ahead");
-
-  void hash_element(unsigned j) noexcept {
-    const unsigned* c = conn_.column(j);
-    const bool triangle = is_triangle(conn_, c);
-    element_edges& edges = ring_[j % size];
-    edges.n_edges = triangle ? 3 : 4;
-    for (unsigned e = 0; e < edges.n_edges; ++e) {
-      edges.key[e] = edge2(edge_node(c, triangle, e, 0), edge_node(c, triangle, e, 1));
-      edges.hash[e] = key_hash(edges.key[e]);
+// The slot of edge (a, b) among those of its lower end: the one that holds
+// it, or the first free one, where it is filed with run `id`. Null if the
+// node's slots are all taken by other edges, which the sizing rules out.
+template <unsigned width>
+unsigned* find_or_file(unsigned* first, const unsigned* last, unsigned a, unsigned b, unsigned id,
+                       bool& created) noexcept {
+  const unsigned upper = std::max(a, b) + 1;
+  for (unsigned* s = first; s != last; s += width) {
+    if (s[0] == upper) return s;
+    if (s[0] == 0) {
+      s[0] = upper;
+      s[1] = id;
+      if (width == 3) s[width - 1] = a > b;
+      created = true;
+      return s;
     }
-    for (unsigned e = 0; e < edges.n_edges; ++e)
-      map_.prefetch(edges.hash[e]);
   }
+  return nullptr;
+}
 
-  const dense2D<unsigned>& conn_;
-  const edge_map& map_;
-  element_edges ring_[size];
-};
-
-} // namespace
-
-bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, dense2D<unsigned>& out,
-                  std::uint64_t& next_id) noexcept {
-  const unsigned rows = out.rows;
-  edge_lookahead ahead(conn, map);
+template <unsigned width>
+bool number_edges(const dense2D<unsigned>& conn, unsigned ne, const unsigned* start, unsigned* slots,
+                  dense2D<unsigned>& out, std::uint64_t& next_id) noexcept {
+  const unsigned rows = out.rows, n = conn.cols;
   std::uint64_t id = next_id;
-  for (unsigned j = 0; j < conn.cols; ++j) {
-    const element_edges& edges = ahead.edges_of(j);
-    const unsigned n_edges = edges.n_edges;
-    unsigned* __restrict o = out.column(j);
+  unsigned lower[4];
+  for (unsigned j = 0; j < n; ++j) {
+    if (j + 2 * ahead < n) prefetch_ends(start, 1, lower, lower_ends(conn, conn.column(j + 2 * ahead), lower));
+    if (j + ahead < n) {
+      const unsigned k = lower_ends(conn, conn.column(j + ahead), lower);
+      unsigned first[4];
+      for (unsigned e = 0; e < k; ++e)
+        first[e] = start[lower[e]];
+      prefetch_ends(slots, width, first, k);
+    }
+
     const unsigned* c = conn.column(j);
+    const bool triangle = is_triangle(conn, c);
+    const unsigned n_edges = triangle ? 3 : 4;
+    unsigned* __restrict o = out.column(j);
     // Corner by corner: a copy of a count known only at run time would be a
     // library call per element.
     o[0] = c[0];
@@ -77,23 +83,85 @@ bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, den
     if (n_edges == 4) o[3] = c[3];
     unsigned* run = o + n_edges;
     for (unsigned e = 0; e < n_edges; ++e, run += ne) {
-      const edge2 key = edges.key[e];
-      bool created;
-      const edge_record* r = map.find_or_insert(edges.hash[e], {{key, static_cast<unsigned>(id)}, 0, 0}, created);
-      if (!r) return false;
-      const unsigned v = r->first.second;
+      const unsigned a = edge_node(c, triangle, e, 0), b = edge_node(c, triangle, e, 1), v = std::min(a, b);
+      bool created = false;
+      const unsigned* s =
+          find_or_file<width>(slots + std::size_t(start[v]) * width, slots + std::size_t(start[v + 1]) * width, a, b,
+                              static_cast<unsigned>(id), created);
+      if (!s) return false;
+      const unsigned first = s[1];
       if (created && (id += ne) > id_limit) return false;
-      if (ne > 1 && reversed(key, r->first.first))
+      // The element runs against the edge when its first end is where the
+      // edge was first met to end; an edge from a node to itself always
+      // does. Only runs of two or more nodes have a direction.
+      bool against = false;
+      if (width == 3) {
+        const bool met_downward = s[width - 1] != 0;
+        const unsigned met_from = met_downward ? std::max(a, b) : v, met_to = met_downward ? v : std::max(a, b);
+        against = a == met_to && b == met_from;
+      }
+      if (against)
         for (unsigned k = 0; k < ne; ++k)
-          run[k] = v + (ne - 1 - k);
+          run[k] = first + (ne - 1 - k);
       else
         for (unsigned k = 0; k < ne; ++k)
-          run[k] = v + k;
+          run[k] = first + k;
     }
     if (run != o + rows) std::fill(run, o + rows, null_id);
   }
   next_id = id;
   return true;
+}
+
+} // namespace
+
+bool edge_table::build(const dense2D<unsigned>& conn, const dense2D<unsigned>& edges, unsigned ne,
+                       unsigned n_nodes) noexcept {
+  width_ = ne > 1 ? 3 : 2;
+  if (std::uint64_t(n_nodes) + 1 > id_limit || !start_.__grow(n_nodes + 1, 0, 1)) return false;
+  const bool known = edges.rows * edges.cols != 0;
+
+  // Slot counts by lower end, kept one place up so that the running sum
+  // below turns them into starts in place.
+  unsigned* count = start_.data + 1;
+  std::uint64_t total = 0;
+  unsigned lower[4];
+  for (unsigned j = 0; j < conn.cols; ++j) {
+    if (j + ahead < conn.cols) prefetch_ends(count, 1, lower, lower_ends(conn, conn.column(j + ahead), lower));
+    const unsigned k = lower_ends(conn, conn.column(j), lower);
+    for (unsigned e = 0; e < k; ++e)
+      ++count[lower[e]];
+    total += k;
+  }
+  if (known)
+    for (unsigned j = 0; j < edges.cols; ++j) {
+      const unsigned* e = edges.column(j);
+      ++count[std::min(e[0], e[1])];
+      ++total;
+    }
+  if (total * width_ > id_limit) return false;
+  unsigned* s = start_.data;
+  for (unsigned v = 0; v < n_nodes; ++v)
+    s[v + 1] += s[v];
+  if (!slots_.__grow(static_cast<unsigned>(total * width_), 0, 1)) return false;
+
+  if (known)
+    for (unsigned j = 0; j < edges.cols; ++j) {
+      const unsigned* e = edges.column(j);
+      const unsigned v = std::min(e[0], e[1]);
+      bool created = false;
+      unsigned *first = slots_.data + std::size_t(s[v]) * width_, *last = slots_.data + std::size_t(s[v + 1]) * width_;
+      const bool filed = width_ == 3 ? find_or_file<3>(first, last, e[0], e[1], e[2], created) != nullptr
+                                     : find_or_file<2>(first, last, e[0], e[1], e[2], created) != nullptr;
+      if (!filed) return false;
+    }
+  return true;
+}
+
+bool edge_table::number(const dense2D<unsigned>& conn, unsigned ne, dense2D<unsigned>& out,
+                        std::uint64_t& next_id) noexcept {
+  return width_ == 3 ? number_edges<3>(conn, ne, start_.data, slots_.data, out, next_id)
+                     : number_edges<2>(conn, ne, start_.data, slots_.data, out, next_id);
 }
 
 void copy_corners(const dense2D<unsigned>& conn, dense2D<unsigned>& out) noexcept {

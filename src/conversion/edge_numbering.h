@@ -5,15 +5,11 @@
 
 #include <cstdint>
 
-#include "foundation/edge2.h"
 #include "foundation/element_conventions.h"
-#include "foundation/hash_table.h"
+#include "treisoma/vector_num.h"
 
 namespace kelm {
 namespace tesskit2d {
-
-using edge_record = triad<pair<edge2, unsigned>, unsigned, unsigned>;
-using edge_map = hash_table<edge_record>;
 
 constexpr std::uint64_t id_limit = 0xFFFFFFFFu; // null_id is never a node
 
@@ -26,15 +22,39 @@ inline unsigned edge_node(const unsigned* c, bool triangle, unsigned e, unsigned
   return c[triangle ? triangle_edge[e][end] : quadrangle_edge[e][end]];
 }
 
-/// Copies the corners and numbers the edge nodes in one pass over the
-/// elements: an edge met for the first time takes the next `ne` IDs from
-/// `next_id` on (advanced past them), and every element writes the run of
-/// its edges straight away, reversed where it runs against the stored key,
-/// and null_id in the rows it leaves, so that `out` (already sized) needs no
-/// fill beforehand. False when a key could not be stored or the IDs ran past
-/// 32 bits.
-bool number_edges(const dense2D<unsigned>& conn, unsigned ne, edge_map& map, dense2D<unsigned>& out,
-                  std::uint64_t& next_id) noexcept;
+/// The edges of a mesh filed under their lower end node: node v owns the
+/// slots from `start[v]` to `start[v + 1]`, one for every time an element
+/// (or the caller's list of known edges) names an edge whose lower end is v,
+/// so that an edge met for the first time always finds a free slot. A slot
+/// holds the upper end plus one (0 while free, which fresh storage already
+/// reads), the first ID of the edge's run and, where runs are longer than
+/// one node, whether the edge was first met from its upper end.
+///
+/// A lookup reads the few slots of one node. On a mesh numbered with
+/// neighbours near each other in memory those are near the slots just read;
+/// on any numbering the table is half the size of a hash table of the same
+/// edges, and the slots of the next elements' nodes can be requested ahead.
+class edge_table {
+public:
+  /// Sizes the table for `conn` and files the `edges` the caller gives
+  /// (first one wins when listed twice). False when memory runs out, or the
+  /// table would pass 32-bit sizes; nothing else is changed then.
+  bool build(const dense2D<unsigned>& conn, const dense2D<unsigned>& edges, unsigned ne, unsigned n_nodes) noexcept;
+
+  /// Copies the corners and numbers the edge nodes in one pass over the
+  /// elements: an edge met for the first time takes the next `ne` IDs from
+  /// `next_id` on (advanced past them), and every element writes the run of
+  /// its edges straight away, reversed where it runs against the direction
+  /// the edge was first met in (an edge from a node to itself always reads
+  /// as reversed), and null_id in the rows it leaves, so that `out` (already
+  /// sized) needs no fill beforehand. False when the IDs ran past 32 bits.
+  bool number(const dense2D<unsigned>& conn, unsigned ne, dense2D<unsigned>& out, std::uint64_t& next_id) noexcept;
+
+private:
+  vector_num<unsigned> start_;
+  vector_num<unsigned> slots_;
+  unsigned width_ = 2; // unsigned per slot: 3 where the direction matters
+};
 
 /// Copies the corners of every element into `out`, for a raise without edge
 /// nodes.

@@ -43,7 +43,6 @@ int raise_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned
                 unsigned n_tri_nodes, dense2D<unsigned>& out_conn, const dense2D<unsigned>& edges) {
   const unsigned n_nodes = coords.cols, n = conn.cols;
   const unsigned ne = n_edge_nodes, nq = n_quad_nodes, nt = n_tri_nodes;
-  edge_map map(23);
   clear_output(out_conn);
   if (conn.rows * n == 0 || (ne | nq | nt) == 0) return 0;
   if (coords.rows != 2 && coords.rows != 3) return -1;
@@ -63,18 +62,8 @@ int raise_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned
   if (rows * n > id_limit) return status::out_of_memory;
 
   std::uint64_t next_id = n_nodes;
-  if (ne != 0) {
-    // Sized once for the known edges and about two buckets per element, so
-    // that the numbering loop never rebuilds the map.
-    const std::uint64_t wanted = std::max<std::uint64_t>(std::uint64_t(edges.cols) + n, 2 * std::uint64_t(n));
-    if (!map.reserve(static_cast<unsigned>(std::min(wanted, id_limit)))) return status::out_of_memory;
-    if (edges.rows * edges.cols != 0)
-      for (unsigned j = 0; j < edges.cols; ++j) {
-        const unsigned* e = edges.column(j);
-        const auto got = map.insert_checked({{edge2(e[0], e[1]), e[2]}, 0, 0});
-        if (got.position == map.null || map[got.position].stamp != map.stamp) return status::out_of_memory;
-      }
-  }
+  edge_table table;
+  if (ne != 0 && !table.build(conn, edges, ne, n_nodes)) return status::out_of_memory;
 
   // The numbering writes every row of every column, so the output needs no
   // fill of its own beforehand; without edge nodes only the corners are
@@ -85,7 +74,7 @@ int raise_order(dense2D<double>& coords, const dense2D<unsigned>& conn, unsigned
     clear_output(out_conn);
     return status::out_of_memory;
   }
-  const bool numbered = ne != 0 ? number_edges(conn, ne, map, out_conn, next_id) : (copy_corners(conn, out_conn), true);
+  const bool numbered = ne != 0 ? table.number(conn, ne, out_conn, next_id) : (copy_corners(conn, out_conn), true);
   const std::uint64_t interior = std::uint64_t(Q) * nq + std::uint64_t(T) * nt;
   const std::uint64_t total = next_id + interior;
   // Every new column is written below, edge nodes once each and interior
