@@ -4,6 +4,7 @@
 #include "conversion/raise_order.h"
 #include "foundation/column_append.h"
 #include "foundation/element_conventions.h"
+#include "foundation/prefetch.h"
 #include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "tesskit/check_IDs.h"
@@ -72,6 +73,7 @@ int split_Q4_into_T3(const dense2D<double>& coords, const dense2D<unsigned>& giv
 
   int split = 0;
   for (unsigned j = 0; j < n; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* c = conn.column(j);
     if (c[3] == null_id) {
       push_column<3>(out_conn, {c[0], c[1], c[2]});

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "conversion/edge_numbering.h"
+#include "foundation/prefetch.h"
 
 namespace kelm {
 namespace tesskit2d {
@@ -40,6 +41,7 @@ void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, co
   const double spacing = 2.0 / (ne + 1.0);
   unsigned placed = n_nodes;
   for (unsigned j = 0; j < conn.cols && placed < end_id; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* o = out.column(j);
     const bool triangle = is_triangle(conn, conn.column(j));
     const unsigned* run = o + (triangle ? 3 : 4);
@@ -118,6 +120,7 @@ void place_interior_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn
   double* x = coords.buffer->data + coords.offset;
   const double quad_spacing = 2.0 / (m + 1.0);
   for (unsigned j = 0; j < conn.cols; ++j) {
+    prefetch_ahead(coords, conn, j);
     unsigned* o = out.column(j);
     if (!is_triangle(conn, conn.column(j))) {
       if (m == 0) continue;

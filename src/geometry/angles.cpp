@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "foundation/element_conventions.h"
+#include "foundation/prefetch.h"
 #include "foundation/status.h"
 #include "geometry/primitives.h"
 #include "tesskit2d/measures.h"
@@ -29,6 +30,7 @@ int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool no
 
   const bool mixed = conn.rows == 4;
   for (unsigned j = 0; j < n; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* c = conn.column(j);
     double a[4];
     unsigned corners = 3;

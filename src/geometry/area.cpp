@@ -1,4 +1,5 @@
 #include "foundation/element_conventions.h"
+#include "foundation/prefetch.h"
 #include "geometry/primitives.h"
 #include "tesskit2d/measures.h"
 
@@ -12,6 +13,7 @@ namespace {
 double triangles_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* c = conn.column(j);
     sum += triangle_double_area_2d(coords.column(c[0]), coords.column(c[1]), coords.column(c[2]));
   }
@@ -21,6 +23,7 @@ double triangles_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn
 double triangles_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* c = conn.column(j);
     sum += triangle_double_area_3d(coords.column(c[0]), coords.column(c[1]), coords.column(c[2]));
   }
@@ -32,6 +35,7 @@ double triangles_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn
 double mixed_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     if (c[3] == null_id) {
@@ -47,6 +51,7 @@ double mixed_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) no
 double mixed_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
   for (unsigned j = 0; j < conn.cols; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     sum +=

@@ -1,4 +1,5 @@
 #include "foundation/output_clear.h"
+#include "foundation/prefetch.h"
 #include "foundation/status.h"
 #include "geometry/primitives.h"
 #include "tesskit/check_IDs.h"
@@ -15,6 +16,7 @@ int circumcenters(const dense2D<double>& coords, const dense2D<unsigned>& conn, 
   if (!centers.resize(dim, n)) return status::out_of_memory;
 
   for (unsigned j = 0; j < n; ++j) {
+    prefetch_ahead(coords, conn, j);
     const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     if (dim == 2)
