@@ -4,6 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+
 #include "tesskit2d/mesh.h"
 
 namespace bench {
@@ -15,6 +17,57 @@ using kelm::dense2D;
 inline void per_element(benchmark::State& state, double elements_per_iteration) {
   state.counters["ns/elem"] = benchmark::Counter(elements_per_iteration, benchmark::Counter::kIsIterationInvariantRate |
                                                                              benchmark::Counter::kInvert);
+}
+
+/// A second timing taken inside a benchmark's own run, between its
+/// repetitions with the main timing paused, and reported as the counter
+/// `name`: the benchmark's time as a multiple of it. Absolute times on a
+/// shared machine drift by tens of per cent from run to run; a ratio to
+/// something timed in the same run does not. Benchmarks that use one run
+/// on real time, which is what the yardstick measures.
+class yardstick {
+public:
+  template <class Call> void time(Call&& call) {
+    const auto start = std::chrono::steady_clock::now();
+    call();
+    seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  }
+  void report(benchmark::State& state, const char* name) const {
+    state.counters[name] = benchmark::Counter(seconds_, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  }
+
+private:
+  double seconds_ = 0;
+};
+
+/// The yardstick of a streaming export: writing as many bytes as its output
+/// holds into storage allocated the way outputs are, freshly each time
+/// ("x_fresh") and into storage already written ("x_touched").
+class write_baseline {
+public:
+  explicit write_baseline(double bytes);
+  /// Times one fresh and one touched write; call with the timing paused.
+  void measure(benchmark::State& state);
+  void report(benchmark::State& state) const;
+
+private:
+  dense2D<double> touched_;
+  yardstick fresh_time_, touched_time_;
+};
+
+/// The three numberings a mesh can come in: as a structured generator
+/// numbers it (neighbours in the mesh are neighbours in memory); nodes along
+/// a Hilbert curve and elements after their smallest node, as the extras'
+/// renumbering leaves it; nodes randomly permuted and elements shuffled
+/// (fixed seed), as a mesh assembled from several sources comes.
+enum class numbering { generated, curve, shuffled };
+
+/// The same mesh in another numbering, in place.
+void renumber(dense2D<double>& nodes, dense2D<unsigned>& elements, numbering order);
+
+/// Registers the numberings as the argument "numbering" (0, 1, 2).
+inline void numberings(benchmark::internal::Benchmark* b) {
+  b->ArgName("numbering")->Arg(0)->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 }
 
 /// Nodes of an (n + 1) by (n + 1) grid on the unit square, row by row, each
