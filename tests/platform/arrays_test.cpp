@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 
 #include "support/allocation_failure.h"
 #include "support/arrays.h"
@@ -89,6 +90,22 @@ TEST(Buffer, FailedGrowthChangesNothing) {
   // Sizes that do not fit in 32 bits are refused without asking for memory.
   dense1D<double, 8> big;
   EXPECT_FALSE(big.buffer->__grow(0x20000000u, 0, 1));
+}
+
+TEST(Buffer, GrownStorageReadsZeroAndKeepsItsContentOnBothSidesOfTheMappedSize) {
+  // From 4 KiB on the heap through 1 MiB and 24 MiB, which are mapped on
+  // their own: every size reads zero where it was not written, keeps what
+  // it was grown from, and is given back (the sanitizers see a wrong free).
+  dense1D<double, 8> v(3, 2.5);
+  for (unsigned n : {512u, 1u << 17, 3u << 20}) {
+    ASSERT_TRUE(v.buffer->__grow(n, 3, 1));
+    const double* d = v.buffer->data;
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(d) % 16, 0u);
+    EXPECT_EQ(d[2], 2.5);
+    EXPECT_EQ(d[3], 0.0);
+    EXPECT_EQ(d[n / 2], 0.0);
+    EXPECT_EQ(d[v.buffer->capacity - 1], 0.0);
+  }
 }
 
 TEST(Lapack, DspevGivesKnownEigenpairs) {

@@ -41,12 +41,14 @@ static_assert(sizeof(block_head) <= heap_offset, "the head fits before heap stor
 
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
 // Blocks of this size and more are mapped on their own, 2 MiB aligned and
-// advised for transparent huge pages. Pages of 2 MiB are zeroed by the
-// kernel at about twice the speed of 4 KiB pages on first touch, and random
-// accesses into a table of hundreds of MiB stop missing the TLB. Below it
-// the heap is faster; 4 MiB is where the mapping started to win when
-// measured (the fresh-write baseline of the benchmarks tells on a machine).
-constexpr std::size_t huge_threshold = std::size_t(4) << 20;
+// advised for transparent huge pages. The kernel zeroes a 2 MiB page in one
+// fault where small pages take 512, and random accesses into a table of
+// hundreds of MiB stop missing the TLB. Allocating, writing and freeing a
+// block took (one measurement on a virtual machine): 256 KiB 0.65 times as
+// long from the heap as mapped, 1 MiB 2.3 times as long, 4 MiB 2.9 times,
+// 32 MiB 41 times. Below 1 MiB the heap wins, and the slack of the last huge
+// page would weigh more.
+constexpr std::size_t huge_threshold = std::size_t(1) << 20;
 constexpr std::size_t huge_page = std::size_t(2) << 20;
 constexpr std::size_t mapped_offset = 64;
 

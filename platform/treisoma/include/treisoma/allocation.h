@@ -4,7 +4,7 @@
 #include "treisoma/export.h"
 
 /// Allocates `bytes` bytes, all zero. Returns null when memory is exhausted;
-/// callers test for null and have no other failure path. Blocks of 4 MiB and
+/// callers test for null and have no other failure path. Blocks of 1 MiB and
 /// more are mapped on their own where the system allows it, aligned on 2 MiB
 /// and advised for transparent huge pages: the kernel's zero pages, so the
 /// zeroing costs nothing until the memory is touched, and large ones, so
