@@ -28,6 +28,7 @@ from typing import Callable, Dict, List, Optional, Tuple
 
 import mmap
 import os
+import warnings
 
 import numpy as np
 
@@ -63,6 +64,9 @@ class _Binary:
         self.pos += values.nbytes
         return values
 
+    def room(self) -> int:
+        return len(self.data) - self.pos
+
 
 class _Text:
     """Values taken in turn from an ASCII section parsed into one array of numbers."""
@@ -72,11 +76,14 @@ class _Text:
         self.size_t = np.dtype(np.int64)
 
     def take(self, dtype, count: int) -> np.ndarray:
-        if self.pos + count > len(self.values):
+        if count < 0 or self.pos + count > len(self.values):
             raise FileError("a section holds fewer numbers than it announces")
         values = self.values[self.pos: self.pos + count]
         self.pos += count
         return values.astype(dtype, copy=False)
+
+    def room(self) -> int:
+        return len(self.values) - self.pos
 
 
 def _kind(number: int) -> str:
@@ -118,11 +125,14 @@ def load(path: str, progress: Optional[Callable[[float], None]] = None) -> Mesh:
         # a copy of the whole file first.
         data = mmap.mmap(f.fileno(), 0, access=mmap.ACCESS_READ)
     try:
-        return _parse(data, report)
+        mesh = _parse(data, report)
     except FileError as error:
         raise type(error)(f"{path}: {error}") from None
     except (ValueError, IndexError, KeyError, OverflowError) as error:
         raise FileError(f"{path}: not a readable .msh file ({error})") from None
+    if progress is not None and report.last < 1.0:
+        progress(1.0)
+    return mesh
 
 
 class _Throttle:
@@ -200,7 +210,9 @@ def _numbers(data, start: int, end: int, dtype, report) -> np.ndarray:
         stop = min(start + (8 << 20), end)
         cut = data.find(b"\n", stop, end) if stop < end else -1
         stop = end if cut < 0 else cut + 1
-        parts.append(np.fromstring(data[start:stop], dtype=dtype, sep=" "))  # any whitespace separates
+        with warnings.catch_warnings():  # text that is not a number ends the parse; the counts catch it
+            warnings.simplefilter("ignore")
+            parts.append(np.fromstring(data[start:stop], dtype=dtype, sep=" "))  # any whitespace separates
         start = stop
         report(start / len(data))
     return np.concatenate(parts) if parts else np.zeros(0, dtype)
@@ -235,6 +247,8 @@ def _entities(reader) -> Dict[Tuple[int, int], int]:
 
 def _nodes4(reader) -> Tuple[np.ndarray, np.ndarray]:
     n_blocks, n_nodes = (int(v) for v in reader.take(reader.size_t, 4)[:2])
+    if n_nodes > reader.room():
+        raise FileError("more nodes announced than the file holds")
     tags = np.empty(n_nodes, dtype=np.int64)
     points = np.empty((n_nodes, 3))
     at = 0
@@ -288,6 +302,8 @@ def _elements2_binary(reader, data) -> _Blocks:
             # elements with the same header in one view.
             stride = 3 + width
             most = min(total - seen, (len(data) - reader.pos + 12) // (4 * stride))
+            if most < 1:
+                raise FileError("the file ends inside a section")
             run = np.frombuffer(data, _INT, most * stride, reader.pos - 12).reshape(most, stride)
             alike = (run[:, 0] == number) & (run[:, 1] == 1) & (run[:, 2] == n_tags)
             count = most if alike.all() else max(int(np.argmin(alike)), 1)
@@ -316,12 +332,13 @@ def _elements2_text(data, pos, report) -> _Blocks:
     blocks = _Blocks()
     last = len(values) - 1
     numbers, n_tags = values[np.minimum(first + 1, last)], values[np.minimum(first + 2, last)]
+    length = np.diff(np.r_[first, len(values)])
     for number in np.unique(numbers):
         kind, mine = _kind(number), first[numbers == number]
         tags = n_tags[numbers == number]
+        if np.any(length[numbers == number] != 3 + tags + KINDS[kind]):
+            raise FileError(f"an element line of type {int(number)} has too few or too many numbers")
         columns = mine[:, None] + 3 + tags[:, None] + np.arange(KINDS[kind])
-        if columns.size and columns.max() > last:
-            raise FileError("an element line ends early")
         physical = np.where(tags > 0, values[np.minimum(mine + 3, last)], 0)
         entity = np.where(tags > 1, values[np.minimum(mine + 4, last)], 0)
         blocks.add(kind, values[columns], values[mine], entity, physical)
@@ -355,7 +372,7 @@ def _values(data, pos, name, binary) -> Tuple[str, np.ndarray, np.ndarray]:
         # The tag is an int in format 2.2 and a size_t in some 4.1 writers: the section's length tells.
         payload = (end - pos) // max(entries, 1)
         tag = _INT if payload < 8 + 8 * components else np.dtype("<u8")
-        records = np.frombuffer(data, np.dtype([("tag", tag), ("v", _DOUBLE, components)]), entries, pos)
+        records = np.frombuffer(data, np.dtype([("tag", tag), ("v", _DOUBLE, (components,))]), entries, pos)
         tags, values = records["tag"].astype(np.int64), np.array(records["v"])
     else:
         table = np.fromstring(bytes(data[pos:end]), dtype=float, sep=" ")[: entries * (1 + components)]
@@ -417,6 +434,8 @@ def _mesh(nodes, blocks: _Blocks, node_data, element_data) -> Mesh:
             hit = mine[order][at] == which
             out = by_kind.setdefault(kind, np.full((len(mine),) + values.shape[1:], np.nan))
             out[order[at[hit]]] = values[hit]
+    if "gmsh:node_tag" in point_data:  # written back by this package: the tags of the file it came from
+        point_data["gmsh:node_tag"] = point_data["gmsh:node_tag"].astype(np.int64)
     for data in (point_data, *cell_data.values()):
         for name, values in data.items():
             if values.ndim == 2 and values.shape[1] == 1:
