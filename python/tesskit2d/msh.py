@@ -166,7 +166,7 @@ def _parse(data, report) -> Mesh:
             fields, pos = _line(data, pos)
             fields = fields.split()
             version, binary = fields[0], fields[1] == "1"
-            if version not in ("2", "2.2", "4", "4.1"):
+            if version not in ("2", "2.2", "4.1"):  # Gmsh writes 4.0 as "4"
                 raise Unsupported(f"format {version} is read through meshio or Gmsh")
             size_t = np.dtype(f"<u{int(fields[2])}")
             if binary:
@@ -174,21 +174,21 @@ def _parse(data, report) -> Mesh:
                     raise FileError("a binary file of the other byte order")
                 pos += 4
         elif version is None and name != "Comments":
-            raise FileError("no $MeshFormat section before the mesh")
-        elif name == "Entities" and version.startswith("4"):
+            raise Unsupported("a file without $MeshFormat, of format 1.0")
+        elif name == "Entities" and version == "4.1":
             reader = _section(data, pos, name, binary, size_t, float, report)
             entities = _entities(reader)
             pos = reader.pos if binary else pos
         elif name == "Nodes":
             reader = _section(data, pos, name, binary, size_t, float, report)
-            nodes = _nodes4(reader) if version.startswith("4") else _nodes2(reader, data, binary)
+            nodes = _nodes4(reader) if version == "4.1" else _nodes2(reader, data, binary)
             pos = reader.pos if binary else pos
         elif name == "Elements":
-            if not binary and not version.startswith("4"):
+            if not binary and not version == "4.1":
                 blocks = _elements2_text(data, pos, report)
             else:
                 reader = _section(data, pos, name, binary, size_t, np.int64, report)
-                blocks = _elements4(reader, entities or {}) if version.startswith("4") else \
+                blocks = _elements4(reader, entities or {}) if version == "4.1" else \
                     _elements2_binary(reader, data)
                 pos = reader.pos if binary else pos
         elif name in ("NodeData", "ElementData"):
@@ -323,11 +323,13 @@ def _elements2_text(data, pos, report) -> _Blocks:
     end = data.find(b"$EndElements", pos)
     raw = np.frombuffer(data, np.uint8, end - pos, pos)
     values = _numbers(data, pos, end, np.int64, report)
-    blank = (raw == 32) | (raw == 9) | (raw == 13) | (raw == 10)
-    starts = np.flatnonzero(~blank & np.r_[True, blank[:-1]])  # first byte of every number
+    blank = raw <= 32  # spaces, tabs and line ends
+    starts = np.flatnonzero(~blank[1:] & blank[:-1]) + 1  # first byte of every number
+    if len(raw) and not blank[0]:
+        starts = np.r_[0, starts]
     if len(starts) != len(values):
         raise FileError("a value in $Elements is not a whole number")
-    line_of = np.cumsum(raw == 10)[starts]
+    line_of = np.searchsorted(np.flatnonzero(raw == 10), starts)
     first = np.flatnonzero(np.r_[True, line_of[1:] != line_of[:-1]])  # first number of every line
     blocks = _Blocks()
     last = len(values) - 1
