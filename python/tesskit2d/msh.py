@@ -1,11 +1,11 @@
 """Gmsh's ``.msh`` files, formats 2.2 and 4.1, ASCII and binary, read with NumPy.
 
 Every file Gmsh writes in these formats is taken, with physical groups on
-some entities only and with ``Mesh.SaveAll`` or without. The whole file is
-loaded once and each section becomes a few array views, so a binary file of a
-million triangles reads in about the time meshio takes on a file it can read
-(``python/bench/msh_speed.py``). From the file's blocks to this package's
-``Mesh``:
+some entities only and with ``Mesh.SaveAll`` or without. The file is mapped
+into memory and each binary section becomes a few array views, so a binary
+file of a million triangles reads in less time than meshio takes on a file it
+can read (``python/bench/msh_speed.py``). From the file's blocks to this
+package's ``Mesh``:
 
 - nodes are all of the file's nodes, used or not (geometry points, a
   sphere's centre), numbered 0, 1, ... in increasing tag order; when the tags
@@ -19,16 +19,15 @@ million triangles reads in about the time meshio takes on a file it can read
 - ``$NodeData`` and ``$ElementData`` become point and cell data (NaN where a
   node or cell has no value); other sections are passed over.
 
-Other versions (1.0, 4.0) raise ``Unsupported`` and are left to other
-readers.
+The older versions Gmsh writes (1.0, 3.0, and 4.0, headed "4") raise
+``Unsupported`` and are left to other readers.
 """
 from __future__ import annotations
-
-from typing import Callable, Dict, List, Optional, Tuple
 
 import mmap
 import os
 import warnings
+from typing import Callable, Dict, List, Optional, Tuple
 
 import numpy as np
 
@@ -47,7 +46,7 @@ _DOUBLE = np.dtype("<f8")
 
 
 class Unsupported(FileError):
-    """A ``.msh`` version this reader does not parse (1.0, 4.0)."""
+    """A ``.msh`` version this reader does not parse (1.0, 3.0, 4.0)."""
 
 
 class _Binary:
@@ -67,6 +66,9 @@ class _Binary:
     def room(self) -> int:
         return len(self.data) - self.pos
 
+    def report(self, report) -> None:
+        report(self.pos / len(self.data))
+
 
 class _Text:
     """Values taken in turn from an ASCII section parsed into one array of numbers."""
@@ -84,6 +86,9 @@ class _Text:
 
     def room(self) -> int:
         return len(self.values) - self.pos
+
+    def report(self, report) -> None:
+        pass  # the text was parsed, and its progress told, as a whole
 
 
 def _kind(number: int) -> str:
@@ -181,14 +186,14 @@ def _parse(data, report) -> Mesh:
             pos = reader.pos if binary else pos
         elif name == "Nodes":
             reader = _section(data, pos, name, binary, size_t, float, report)
-            nodes = _nodes4(reader) if version == "4.1" else _nodes2(reader, data, binary)
+            nodes = _nodes4(reader, report) if version == "4.1" else _nodes2(reader, data, binary)
             pos = reader.pos if binary else pos
         elif name == "Elements":
             if not binary and not version == "4.1":
                 blocks = _elements2_text(data, pos, report)
             else:
                 reader = _section(data, pos, name, binary, size_t, np.int64, report)
-                blocks = _elements4(reader, entities or {}) if version == "4.1" else \
+                blocks = _elements4(reader, entities or {}, report) if version == "4.1" else \
                     _elements2_binary(reader, data)
                 pos = reader.pos if binary else pos
         elif name in ("NodeData", "ElementData"):
@@ -245,7 +250,7 @@ def _entities(reader) -> Dict[Tuple[int, int], int]:
     return physical
 
 
-def _nodes4(reader) -> Tuple[np.ndarray, np.ndarray]:
+def _nodes4(reader, report) -> Tuple[np.ndarray, np.ndarray]:
     n_blocks, n_nodes = (int(v) for v in reader.take(reader.size_t, 4)[:2])
     if n_nodes > reader.room():
         raise FileError("more nodes announced than the file holds")
@@ -262,6 +267,7 @@ def _nodes4(reader) -> Tuple[np.ndarray, np.ndarray]:
         width = 3 + (dim if parametric and dim < 3 else 0)
         points[at: at + count] = reader.take(_DOUBLE, count * width).reshape(count, width)[:, :3]
         at += count
+        reader.report(report)
     if at != n_nodes:
         raise FileError("fewer nodes than $Nodes announces")
     return tags, points
@@ -277,7 +283,7 @@ def _nodes2(reader, data, binary) -> Tuple[np.ndarray, np.ndarray]:
     return table[:, 0].astype(np.int64), np.ascontiguousarray(table[:, 1:])
 
 
-def _elements4(reader, physical) -> _Blocks:
+def _elements4(reader, physical, report) -> _Blocks:
     blocks = _Blocks()
     n_blocks = int(reader.take(reader.size_t, 4)[0])
     for _ in range(n_blocks):
@@ -286,6 +292,7 @@ def _elements4(reader, physical) -> _Blocks:
         kind = _kind(number)
         table = reader.take(reader.size_t, count * (1 + KINDS[kind])).reshape(count, 1 + KINDS[kind])
         blocks.add(kind, table[:, 1:], table[:, 0], entity, physical.get((dim, entity), 0))
+        reader.report(report)
     return blocks
 
 
