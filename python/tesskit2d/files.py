@@ -160,9 +160,10 @@ def read(path: str, progress: Optional[Callable[[float], None]] = None) -> Mesh:
     """Reads a mesh file (``.msh``, ``.vtu``, ``.vtk``, ``.obj``, ``.ply``, ``.stl``, ``.off``, ...).
 
     A ``.msh`` file of format 2.2 or 4.1 is read by this package's own
-    reader (see ``msh``), which takes every such file Gmsh writes; other
-    files go through meshio. ``progress``, when given, is called with the
-    fraction read, from 0 to 1, while a ``.msh`` file is read.
+    reader (see ``msh``), which takes every such file Gmsh writes; an older
+    ``.msh`` goes to meshio, then to Gmsh's reader when meshio refuses it;
+    other files go through meshio. ``progress``, when given, is called with
+    the fraction read, from 0 to 1, while the package's reader reads.
 
     Raises ``FileError`` for a file that cannot be read or holds cells this
     library cannot use (the message names the cell type).
@@ -174,7 +175,7 @@ def read(path: str, progress: Optional[Callable[[float], None]] = None) -> Mesh:
         try:
             return msh.load(path, progress)
         except msh.Unsupported:
-            pass  # format 1.0 or 4.0: meshio, then Gmsh's own reader
+            pass  # formats 1.0 to 4.0: meshio, then Gmsh's own reader
     import meshio
     said = io.StringIO()
     try:

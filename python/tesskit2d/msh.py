@@ -19,8 +19,9 @@ package's ``Mesh``:
 - ``$NodeData`` and ``$ElementData`` become point and cell data (NaN where a
   node or cell has no value); other sections are passed over.
 
-The older versions Gmsh writes (1.0, 3.0, and 4.0, headed "4") raise
-``Unsupported`` and are left to other readers.
+The older versions Gmsh writes (1.0, 3.0, and 4.0, headed "4"), and format
+2.2 with parametric nodes, raise ``Unsupported`` and are left to other
+readers.
 """
 from __future__ import annotations
 
@@ -196,6 +197,8 @@ def _parse(data, report) -> Mesh:
                 blocks = _elements4(reader, entities or {}, report) if version == "4.1" else \
                     _elements2_binary(reader, data)
                 pos = reader.pos if binary else pos
+        elif name == "ParametricNodes":  # format 2.2 with Mesh.SaveParametric
+            raise Unsupported("nodes with their parametric coordinates are read through Gmsh")
         elif name in ("NodeData", "ElementData"):
             (node_data if name == "NodeData" else element_data).append(_values(data, pos, name, binary))
         end = data.find(b"$End" + name.encode(), pos)
