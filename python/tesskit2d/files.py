@@ -170,7 +170,7 @@ def read(path: str, progress: Optional[Callable[[float], None]] = None) -> Mesh:
     """
     if not os.path.isfile(path):
         raise FileError(f"{path}: no such file")
-    if str(path).endswith(".msh"):
+    if str(path).lower().endswith(".msh"):
         from . import msh
         try:
             return msh.load(path, progress)
@@ -182,7 +182,7 @@ def read(path: str, progress: Optional[Callable[[float], None]] = None) -> Mesh:
         with contextlib.redirect_stderr(said), contextlib.redirect_stdout(said):
             m = meshio.read(path)
     except (Exception, SystemExit) as error:  # meshio raises many kinds, or exits, on bad files
-        if str(path).endswith(".msh"):
+        if str(path).lower().endswith(".msh"):
             from . import gmsh_files
             if gmsh_files.available():
                 return gmsh_files.read(path)
