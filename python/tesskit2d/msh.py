@@ -387,7 +387,7 @@ def _values(data, pos, name, binary) -> Tuple[str, np.ndarray, np.ndarray]:
         records = np.frombuffer(data, np.dtype([("tag", tag), ("v", _DOUBLE, (components,))]), entries, pos)
         tags, values = records["tag"].astype(np.int64), np.array(records["v"])
     else:
-        table = np.fromstring(bytes(data[pos:end]), dtype=float, sep=" ")[: entries * (1 + components)]
+        table = _numbers(data, pos, end, float, lambda _: None)[: entries * (1 + components)]
         table = table.reshape(entries, 1 + components)
         tags, values = table[:, 0].astype(np.int64), table[:, 1:]
     return strings[0], tags, values
