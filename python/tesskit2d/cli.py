@@ -10,14 +10,43 @@ from __future__ import annotations
 
 import argparse
 import sys
+import time
 from typing import List, Optional
 
 import numpy as np
 
 import tesskit2d as tk
 
-from . import extras
-from .files import NULL, SURFACE_KINDS, FileError, Mesh, read, summary, write
+from . import extras, files
+from .files import NULL, SURFACE_KINDS, FileError, Mesh, summary, write
+
+
+class _Bar:
+    """A progress bar on stderr, drawn once reading has taken a second, so small files stay quiet."""
+
+    def __init__(self, path: str):
+        self.path, self.start, self.drawn = path, time.monotonic(), False
+
+    def __call__(self, fraction: float) -> None:
+        if self.drawn or time.monotonic() - self.start > 1.0:
+            self.drawn = True
+            filled = int(30 * fraction)
+            sys.stderr.write(f"\rreading {self.path} [{'#' * filled}{' ' * (30 - filled)}] {100 * fraction:3.0f}%")
+            sys.stderr.flush()
+
+    def close(self) -> None:
+        if self.drawn:
+            sys.stderr.write("\n")
+
+
+def read(path: str) -> Mesh:
+    """Reads a mesh file, with a progress bar when stderr is a terminal and the file takes a while."""
+    bar = _Bar(path) if sys.stderr.isatty() else None
+    try:
+        return files.read(path, bar)
+    finally:
+        if bar is not None:
+            bar.close()
 
 
 class UsageError(Exception):

@@ -1,9 +1,11 @@
 """Mesh files: a small ``Mesh`` value, ``read`` and ``write``.
 
-Files go through meshio (Debian's ``python3-meshio``). A Gmsh ``.msh`` file
-that meshio refuses (physical groups on some entities only, which
-``Mesh.SaveAll`` writes) is read by Gmsh's own reader (``python3-gmsh``)
-instead, which takes every file Gmsh writes. See ``gmsh_files``.
+Files go through meshio (Debian's ``python3-meshio``), but for Gmsh's
+``.msh`` files of format 2.2 and 4.1, which this package reads itself with
+NumPy (``msh``): meshio refuses the files Gmsh writes with physical groups on
+some entities only (what ``Mesh.SaveAll`` writes) and binary 2.2 files with
+gaps in their node tags. Other ``.msh`` versions go to meshio, then to Gmsh's
+own reader (``gmsh_files``, Debian's ``python3-gmsh``).
 
 Cells are held in this library's node order, one block per kind:
 ``vertex``, ``line``, ``line3``, ``triangle``, ``quad``, ``triangle6``,
@@ -19,7 +21,7 @@ import contextlib
 import dataclasses
 import io
 import os
-from typing import Dict, Optional, Tuple
+from typing import Callable, Dict, Optional, Tuple
 
 import numpy as np
 
@@ -154,23 +156,33 @@ def _to_file_order(kind: str, block: np.ndarray) -> np.ndarray:
     return extras.to_vtk_order(block) if kind in ("triangle6", "quad8", "quad9") and len(block) else block
 
 
-def read(path: str) -> Mesh:
+def read(path: str, progress: Optional[Callable[[float], None]] = None) -> Mesh:
     """Reads a mesh file (``.msh``, ``.vtu``, ``.vtk``, ``.obj``, ``.ply``, ``.stl``, ``.off``, ...).
+
+    A ``.msh`` file of format 2.2 or 4.1 is read by this package's own
+    reader (see ``msh``), which takes every such file Gmsh writes; an older
+    ``.msh`` goes to meshio, then to Gmsh's reader when meshio refuses it;
+    other files go through meshio. ``progress``, when given, is called with
+    the fraction read, from 0 to 1, while the package's reader reads.
 
     Raises ``FileError`` for a file that cannot be read or holds cells this
     library cannot use (the message names the cell type).
     """
     if not os.path.isfile(path):
         raise FileError(f"{path}: no such file")
+    if str(path).lower().endswith(".msh"):
+        from . import msh
+        try:
+            return msh.load(path, progress)
+        except msh.Unsupported:
+            pass  # formats 1.0 to 4.0: meshio, then Gmsh's own reader
     import meshio
     said = io.StringIO()
     try:
         with contextlib.redirect_stderr(said), contextlib.redirect_stdout(said):
             m = meshio.read(path)
     except (Exception, SystemExit) as error:  # meshio raises many kinds, or exits, on bad files
-        # meshio is fast but refuses Gmsh's files with physical groups on
-        # some entities only (Mesh.SaveAll); Gmsh's own reader takes them.
-        if path.endswith(".msh"):
+        if str(path).lower().endswith(".msh"):
             from . import gmsh_files
             if gmsh_files.available():
                 return gmsh_files.read(path)

@@ -1,10 +1,10 @@
 """Gmsh's ``.msh`` files read by Gmsh's own reader (the ``gmsh`` module of ``python3-gmsh``).
 
-meshio refuses files whose physical groups cover only some entities (what
-``Mesh.SaveAll`` writes); Gmsh reads every file it writes: formats 2.2 and
-4.1, ASCII and binary. It is slower than meshio (about 2.5 s for a million
-triangles, against meshio's 0.05 s on a file it can read), so ``read`` asks
-meshio first. From the file's blocks to this package's ``Mesh``:
+Formats 2.2 and 4.1 are read by this package's own reader (``msh``). The
+older ones Gmsh still writes (1.0, 3.0, 4.0) go to meshio first, which
+refuses them when their physical groups cover only some entities (what
+``Mesh.SaveAll`` writes); Gmsh reads every file it writes, though some 20 to
+60 times slower. From the file's blocks to this package's ``Mesh``:
 
 - nodes are all of the file's nodes, used or not (geometry points, a
   sphere's centre), numbered 0, 1, ... in increasing tag order; the tags
@@ -16,19 +16,12 @@ meshio first. From the file's blocks to this package's ``Mesh``:
 """
 from __future__ import annotations
 
-import os
-import sys
-
 from typing import Dict, List
 
 import numpy as np
 
 from .files import KINDS, FileError, Mesh
-
-#: Gmsh's element type numbers of the cells this package holds. Gmsh lists
-#: quadratic nodes as VTK does.
-GMSH_KINDS = {15: "vertex", 1: "line", 8: "line3", 2: "triangle", 3: "quad", 9: "triangle6", 16: "quad8",
-              10: "quad9"}
+from .msh import GMSH_KINDS
 
 
 def available() -> bool:
@@ -46,8 +39,6 @@ def read(path: str) -> Mesh:
 
     from .files import _to_library_order
 
-    if sys.stderr.isatty() and os.path.getsize(path) > 20 << 20:
-        print(f"reading {path} with Gmsh ...", end="", file=sys.stderr, flush=True)
     gmsh.initialize([], False)
     try:
         gmsh.option.setNumber("General.Terminal", 0)
@@ -79,8 +70,6 @@ def read(path: str) -> Mesh:
                 entity.setdefault(kind, []).append(np.full(len(block), tag, dtype=np.int64))
     finally:
         gmsh.finalize()
-        if sys.stderr.isatty() and os.path.getsize(path) > 20 << 20:
-            print(" done", file=sys.stderr)
     return Mesh(points, {k: np.concatenate(v) for k, v in cells.items()},
                 {"gmsh:node_tag": sorted_tags.astype(np.int64)},
                 {"gmsh:physical": {k: np.concatenate(v) for k, v in physical.items()},
