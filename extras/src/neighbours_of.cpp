@@ -3,6 +3,8 @@
 #include <new>
 #include <vector>
 
+#include "scratch.h"
+
 #include "tesskit2d/extras.h"
 
 namespace kelm {
@@ -20,8 +22,8 @@ struct side {
 // Sorts by key, least significant 16 bits first. A pass whose digit is the
 // same for every side moves nothing and is skipped, so small node IDs cost
 // two passes rather than four.
-void radix_sort(std::vector<side>& sides, std::vector<side>& spare) {
-  std::vector<std::size_t> count(1u << 16);
+void radix_sort(scratch<side>& sides, scratch<side>& spare) {
+  scratch<std::size_t> count(1u << 16);
   for (unsigned shift = 0; shift < 64; shift += 16) {
     std::fill(count.begin(), count.end(), 0);
     for (const side& s : sides)
@@ -59,7 +61,7 @@ int neighbours_of(const dense2D<unsigned>& in, dense2D<unsigned>& neighbours) no
     n_sides += rows == 4 && c[3] != null_id ? 4 : 3;
   }
   try {
-    std::vector<side> sides, spare;
+    scratch<side> sides, spare;
     sides.reserve(n_sides);
     for (unsigned j = 0; j < n; ++j) {
       const unsigned* c = conn.column(j);

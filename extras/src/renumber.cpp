@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <new>
 #include <numeric>
+#include <utility>
 #include <vector>
+
+#include "scratch.h"
 
 #include "tesskit2d/extras.h"
 
@@ -60,8 +63,34 @@ std::uint64_t hilbert3(std::uint32_t x, std::uint32_t y, std::uint32_t z) {
   return d;
 }
 
+// The indices 0 .. key.size() - 1 in the order of their keys, ties in index
+// order: a least-significant-digit radix sort, 16 bits a pass, over as many
+// passes as the largest key needs. Linear, where a comparison sort of
+// indices would chase keys across memory n log n times.
+scratch<unsigned> order_by_key(const scratch<std::uint64_t>& key) {
+  const std::size_t n = key.size();
+  std::uint64_t largest = 0;
+  for (std::uint64_t k : key)
+    largest |= k;
+  scratch<unsigned> order(n), next(n);
+  std::iota(order.begin(), order.end(), 0u);
+  scratch<std::size_t> count(1 << 16);
+  for (unsigned shift = 0; shift < 64 && (largest >> shift) != 0; shift += 16) {
+    std::fill(count.begin(), count.end(), 0);
+    for (std::size_t k = 0; k < n; ++k)
+      ++count[(key[k] >> shift) & 0xFFFF];
+    std::size_t at = 0;
+    for (std::size_t& c : count)
+      at += std::exchange(c, at);
+    for (unsigned i : order)
+      next[count[(key[i] >> shift) & 0xFFFF]++] = i;
+    order.swap(next);
+  }
+  return order;
+}
+
 // Moves the columns of `a` so that new column k is old column order[k].
-template <class T> void permute_columns(dense2D<T>& a, const std::vector<unsigned>& order, std::vector<T>& room) {
+template <class T> void permute_columns(dense2D<T>& a, const scratch<unsigned>& order, scratch<T>& room) {
   const unsigned rows = a.rows;
   room.resize(std::size_t(rows) * order.size());
   for (std::size_t k = 0; k < order.size(); ++k)
@@ -97,7 +126,7 @@ int renumber(dense2D<double>& coords, dense2D<unsigned>& conn, dense2D<double>* 
       }
     }
     const double cells = dim == 2 ? 65535.0 : 2097151.0;
-    std::vector<std::uint64_t> key(n);
+    scratch<std::uint64_t> key(n);
     for (unsigned k = 0; k < n; ++k) {
       std::uint32_t c[3] = {0, 0, 0};
       for (unsigned i = 0; i < dim; ++i) {
@@ -107,19 +136,25 @@ int renumber(dense2D<double>& coords, dense2D<unsigned>& conn, dense2D<double>* 
       }
       key[k] = dim == 2 ? hilbert2(c[0], c[1]) : hilbert3(c[0], c[1], c[2]);
     }
-    std::vector<unsigned> nodes(n), new_of(n);
-    std::iota(nodes.begin(), nodes.end(), 0u);
-    std::stable_sort(nodes.begin(), nodes.end(), [&](unsigned a, unsigned b) { return key[a] < key[b]; });
+    const scratch<unsigned> nodes = order_by_key(key);
+    scratch<unsigned> new_of(n);
     for (unsigned k = 0; k < n; ++k)
       new_of[nodes[k]] = k;
 
-    std::vector<unsigned> smallest(m, null_id), elements(m), new_element(m);
-    for (unsigned j = 0; j < m; ++j)
+    // Elements by their smallest new node, ties in their old order; an
+    // element of null_id only comes last. The keys are node IDs, so one
+    // counting pass over them places every element.
+    scratch<unsigned> smallest(m, null_id), elements(m), new_element(m);
+    scratch<unsigned> first(std::size_t(n) + 2, 0);
+    for (unsigned j = 0; j < m; ++j) {
       for (unsigned r = 0; r < conn.rows; ++r)
         if (conn(r, j) != null_id) smallest[j] = std::min(smallest[j], new_of[conn(r, j)]);
-    std::iota(elements.begin(), elements.end(), 0u);
-    std::stable_sort(elements.begin(), elements.end(),
-                     [&](unsigned a, unsigned b) { return smallest[a] < smallest[b]; });
+      ++first[std::min(smallest[j], n) + 1];
+    }
+    for (std::size_t v = 1; v < first.size(); ++v)
+      first[v] += first[v - 1];
+    for (unsigned j = 0; j < m; ++j)
+      elements[first[std::min(smallest[j], n)]++] = j;
     for (unsigned k = 0; k < m; ++k)
       new_element[elements[k]] = k;
 
@@ -128,9 +163,9 @@ int renumber(dense2D<double>& coords, dense2D<unsigned>& conn, dense2D<double>* 
       return -199;
     }
     // Nothing above touched the caller's arrays; from here on nothing fails
-    // but std::vector's growth, which the rooms below reserve first.
-    std::vector<double> room_d;
-    std::vector<unsigned> room_u;
+    // but the growth of working arrays, which the rooms below reserve first.
+    scratch<double> room_d;
+    scratch<unsigned> room_u;
     room_d.reserve(std::size_t(std::max(dim, field ? field->rows : 0u)) * n);
     room_u.reserve(std::size_t(std::max(conn.rows, neighbours ? neighbours->rows : 0u)) * m);
     permute_columns(coords, nodes, room_d);

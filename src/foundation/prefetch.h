@@ -13,7 +13,7 @@ namespace tesskit2d {
 /// gather misses the cache; requesting the corners of the element this far
 /// ahead keeps the misses of many elements in flight together. On a mesh
 /// numbered with neighbours together the requests hit and cost little.
-constexpr unsigned gather_ahead = 16;
+constexpr unsigned gather_ahead = 32;
 
 // A function whose only effect is a prefetch reads as free of side effects
 // to the optimiser, which then drops its calls as dead code; these are
