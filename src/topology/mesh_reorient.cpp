@@ -96,13 +96,19 @@ constexpr std::size_t walk_ahead = 16;
     __builtin_prefetch(neighbours.column(far));
   }
   if (queue.size() > walk_ahead / 2) {
+    // Each neighbour's corners are read to compare the shared edge, and its
+    // slots are rewritten if it is flipped.
     const unsigned* near = neighbours.column(queue[walk_ahead / 2]);
-    const unsigned* first = conn.column(0);
-    const std::size_t ld = conn.ld;
-    __builtin_prefetch(first + std::min(near[0], n - 1) * ld);
-    __builtin_prefetch(first + std::min(near[1], n - 1) * ld);
-    __builtin_prefetch(first + std::min(near[2], n - 1) * ld);
-    if (neighbours.rows == 4) __builtin_prefetch(first + std::min(near[3], n - 1) * ld);
+    for (unsigned e = 0; e < 3; ++e) {
+      const unsigned m = std::min(near[e], n - 1);
+      __builtin_prefetch(conn.column(m));
+      __builtin_prefetch(neighbours.column(m));
+    }
+    if (neighbours.rows == 4) {
+      const unsigned m = std::min(near[3], n - 1);
+      __builtin_prefetch(conn.column(m));
+      __builtin_prefetch(neighbours.column(m));
+    }
   }
 }
 
