@@ -104,6 +104,7 @@ class _Links:
     shared: Dict[int, np.ndarray]  # local nodes shared with each neighbour
     interface: np.ndarray  # local nodes shared with any rank, ascending
     edges: Dict[int, Tuple[np.ndarray, np.ndarray]]  # (elements, slots) shared with each neighbour, by key
+    ordered: np.ndarray  # conn in the global element order
     halo: Optional[dict] = None  # the ring ghost layer, set up on first use
 
 
@@ -311,7 +312,9 @@ def links(dm: DistributedMesh) -> _Links:
     else:
         element_ids = (comm.exscan(len(dm.conn)) or 0) + np.arange(len(dm.conn), dtype=np.int64)
     interface = np.unique(np.concatenate(list(shared.values()))) if shared else np.empty(0, dtype=np.int64)
-    dm._links = _Links(corners, neighbours, element_ids, boxes, sorted(shared), shared, interface, edges)
+    ascending = bool(np.all(element_ids[1:] > element_ids[:-1]))
+    ordered = dm.conn if ascending else dm.conn[np.argsort(element_ids, kind="stable")]
+    dm._links = _Links(corners, neighbours, element_ids, boxes, sorted(shared), shared, interface, edges, ordered)
     return dm._links
 
 
@@ -464,16 +467,14 @@ def _on_rings(dm: DistributedMesh, call, result: np.ndarray, data: Optional[np.n
 
 def normals(dm: DistributedMesh, power: float = 1.0, unit: bool = True) -> np.ndarray:
     """Node normals of a distributed surface (``tesskit2d.normals`` with ``power``), through a ghost layer."""
-    links(dm)
-    result = np.array(_each(dm.comm, tk.normals, dm.coords, dm.conn, power, unit), copy=False)
+    result = np.array(_each(dm.comm, tk.normals, dm.coords, links(dm).ordered, power, unit), copy=False)
     return _on_rings(dm, lambda c, e, _: tk.normals(c, e, power, unit), result)
 
 
 def parametric_curvatures(dm: DistributedMesh, tangents) -> np.ndarray:
     """The second form at every local node (``tesskit2d.parametric_curvatures``); ``dm.coords`` are (u, v)."""
-    links(dm)
     tangents = np.ascontiguousarray(tangents, dtype=float)
-    result = np.array(_each(dm.comm, tk.parametric_curvatures, dm.coords, dm.conn, tangents), copy=False)
+    result = np.array(_each(dm.comm, tk.parametric_curvatures, dm.coords, links(dm).ordered, tangents), copy=False)
     return _on_rings(dm, lambda c, e, t: tk.parametric_curvatures(c, e, t), result, tangents)
 
 
@@ -674,7 +675,7 @@ def _solve(graph, seed: int, all_parts: bool) -> np.ndarray:
         if not all_parts and not holds_seed:
             continue
         # The first element keeps its orientation: its part turns back what the local pass did to it.
-        x_ref = int(first_flipped[ref])
+        x_ref = int(first_flipped[ref]) ^ relative[ref]
         for p, rel in relative.items():
             turn[p] = x_ref ^ rel
     return turn
