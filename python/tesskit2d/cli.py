@@ -509,16 +509,16 @@ def _run_parallel(args) -> Optional[Mesh]:
         if parts:
             return _read_part(args.input, rank)
         return (read(args.input), None, None) if rank == 0 else (None, None, None)
-    mesh, gid, elements = parallel._each(comm, load)
+    mesh, gid, elements = parallel.each(comm, load)
 
     def coords_of(m):
         # Files of parts may differ in whether z is 0 throughout; then every part keeps x, y, z.
         return m.points[:, :2] if command == "interpolate" else m.coords() if planar and not parts else m.points
     if parts:
-        dm = parallel._each(comm, lambda: parallel.DistributedMesh(
+        dm = parallel.each(comm, lambda: parallel.DistributedMesh(
             comm, np.ascontiguousarray(coords_of(mesh)), mesh.surface(), gid, elements))
     else:
-        surface = parallel._each(comm, lambda: mesh.surface() if rank == 0 else None)
+        surface = parallel.each(comm, lambda: mesh.surface() if rank == 0 else None)
         dm = parallel.distribute(coords_of(mesh) if rank == 0 else None, surface, comm)
 
     def point_data(name, required=True):
@@ -529,7 +529,7 @@ def _run_parallel(args) -> Optional[Mesh]:
             if name not in mesh.point_data:
                 raise UsageError(f"no point data '{name}'")
             return np.asarray(mesh.point_data[name], dtype=float)
-        values = parallel._each(comm, get)
+        values = parallel.each(comm, get)
         return values if parts else parallel.share(dm, values)
 
     def finish(result: parallel.DistributedMesh, data=None, cell_data=None):
@@ -562,7 +562,7 @@ def _run_parallel(args) -> Optional[Mesh]:
     if command == "normals":
         return finish(dm, {"normal": parallel.normals(dm, args.power)})
     if command == "curvature":
-        parallel._each(comm, lambda: _refuse_unless(dm.conn.shape[1] == 3, "curvature reads triangle meshes; "
+        parallel.each(comm, lambda: _refuse_unless(dm.conn.shape[1] == 3, "curvature reads triangle meshes; "
                                                                            "split quadrangles first"))
         if args.tangents:
             uv = parallel.DistributedMesh(comm, np.ascontiguousarray(dm.coords[:, :2]), dm.conn, dm.gid, dm.elements,
@@ -573,7 +573,7 @@ def _run_parallel(args) -> Optional[Mesh]:
         return finish(dm, {"curvature_1": k[:, 6], "curvature_2": k[:, 7], "direction_1": k[:, 0:3],
                            "direction_2": k[:, 3:6]})
     if command == "metrics":
-        parallel._each(comm, lambda: _refuse_unless(dm.conn.shape[1] == 3, "metrics generation reads triangle meshes"))
+        parallel.each(comm, lambda: _refuse_unless(dm.conn.shape[1] == 3, "metrics generation reads triangle meshes"))
         return finish(dm, {"metric": parallel.metrics_gen_aniso3d(dm, args.normal_size)})
     if command == "reorient":
         count, conn = parallel.reorient(dm, args.seed, True)
@@ -582,7 +582,7 @@ def _run_parallel(args) -> Optional[Mesh]:
         if rank == 0:
             print(f"{count} elements flipped", file=sys.stderr)
         return finish(parallel.DistributedMesh(comm, dm.coords, conn, dm.gid, dm.elements, dm.n_nodes))
-    planar_input = parallel._each(comm, lambda: mesh is None or mesh.planar)
+    planar_input = parallel.each(comm, lambda: mesh is None or mesh.planar)
     return _interpolate_parallel(args, dm, comm, parts, finish, planar_input)
 
 
@@ -611,7 +611,7 @@ def _measure_parallel(args, dm, finish) -> Optional[Mesh]:
     def local():
         smallest, largest = tk.angles(dm.coords, dm.conn, False)
         return smallest, largest, np.abs(tk.angles(dm.coords, dm.conn, True)[0])
-    smallest, largest, quality = parallel._each(comm, local)
+    smallest, largest, quality = parallel.each(comm, local)
     total = parallel.area(dm)
     low = comm.allreduce(float(np.degrees(np.abs(smallest)).min()), op=MPI.MIN)
     high = comm.allreduce(float(np.degrees(np.abs(largest)).max()), op=MPI.MAX)
@@ -636,7 +636,7 @@ def _interpolate_parallel(args, dm, comm, parts, finish, planar_input: bool) -> 
         if parts:
             return _read_part(args.background, rank)
         return (read(args.background), None, None) if rank == 0 else (None, None, None)
-    background, bg_gid, bg_elements = parallel._each(comm, load)
+    background, bg_gid, bg_elements = parallel.each(comm, load)
 
     def fields():
         if rank and not parts:
@@ -653,7 +653,7 @@ def _interpolate_parallel(args, dm, comm, parts, finish, planar_input: bool) -> 
         if background.surface().shape[1] not in (3, 4):
             raise UsageError("the background mesh must be linear")
         return names
-    names = parallel._each(comm, fields)
+    names = parallel.each(comm, fields)
     names = names if parts else comm.bcast(names)
     if parts:
         bg = parallel.DistributedMesh(comm, np.ascontiguousarray(background.points[:, :2]), background.surface(),
@@ -664,7 +664,7 @@ def _interpolate_parallel(args, dm, comm, parts, finish, planar_input: bool) -> 
     targets = dm.coords  # the input's nodes, as distributed
     data = {}
     for name in names:
-        values = parallel._each(comm, lambda: None if rank and not parts else
+        values = parallel.each(comm, lambda: None if rank and not parts else
                                 np.asarray(background.point_data[name], dtype=float))
         local = values if parts else parallel.share(bg, values)
         initial = np.zeros((len(targets),) + local.shape[1:])

@@ -69,10 +69,12 @@ Protocol
     argument) is followed by an agreement: all ranks exchange their error,
     and if any rank failed, every rank raises ``ParallelError`` naming the
     first failing rank and its message, so no rank waits in a collective
-    call that another will never make. Exchanges between neighbours are
-    point-to-point messages between the same pairs of ranks in both
-    directions; only boxes, counts and the small graph of connected parts
-    (reorientation) go to every rank.
+    call that another will never make (``each`` runs such a step). The
+    interface exchanges are point-to-point messages between neighbours, in
+    both directions between the same pairs; only boxes, counts, errors and
+    the small graph of connected parts (reorientation) go to every rank.
+    Interpolation sends each rank the targets inside its box (``alltoall``),
+    and the few targets no element holds to every rank.
 """
 from __future__ import annotations
 
@@ -131,7 +133,7 @@ def agree(comm, error: Optional[BaseException]) -> None:
             raise ParallelError(f"rank {rank}: {message}")
 
 
-def _each(comm, call, *args):
+def each(comm, call, *args):
     """Runs a rank's own step, then agrees: every rank goes on, or every rank raises."""
     result = error = None
     try:
@@ -275,7 +277,7 @@ def links(dm: DistributedMesh) -> _Links:
     if dm._links is not None:
         return dm._links
     comm = dm.comm
-    corners, neighbours, free_cells, free_slots, a, b = _each(comm, _check, dm)
+    corners, neighbours, free_cells, free_slots, a, b = each(comm, _check, dm)
     boundary = np.unique(np.r_[a, b]).astype(np.int64)
     mine = dm.gid[boundary]
     dim = dm.coords.shape[1]
@@ -321,7 +323,7 @@ def links(dm: DistributedMesh) -> _Links:
 def area(dm: DistributedMesh) -> float:
     """The total area of the distributed mesh: each rank's sum, summed."""
     from mpi4py import MPI
-    value = _each(dm.comm, tk.area, dm.coords, dm.conn)
+    value = each(dm.comm, tk.area, dm.coords, dm.conn)
     return dm.comm.allreduce(value, op=MPI.SUM)
 
 
@@ -329,7 +331,7 @@ def raise_order(dm: DistributedMesh) -> DistributedMesh:
     """Quadratic elements on every rank, one global node per edge across the interfaces."""
     comm = dm.comm
     ln = links(dm)
-    coords, conn = _each(comm, tk.convert_into_quadratic, dm.coords, dm.conn)
+    coords, conn = each(comm, tk.convert_into_quadratic, dm.coords, dm.conn)
     n_old = len(dm.coords)
     # The mid node of an interface edge: rows 3 to 5 of a triangle (opposite
     # corner s), rows 4 to 7 of a quadrangle (from corner s).
@@ -459,7 +461,7 @@ def _on_rings(dm: DistributedMesh, call, result: np.ndarray, data: Optional[np.n
         coords[n_own + hit] = got[q][0][halo["source_row"][hit]]
         if data is not None:
             values[n_own + hit] = got[q][1][halo["source_row"][hit]]
-    fixed = _each(dm.comm, call, coords, halo["conn"], values) if len(halo["conn"]) else _each(dm.comm, lambda: None)
+    fixed = each(dm.comm, call, coords, halo["conn"], values) if len(halo["conn"]) else each(dm.comm, lambda: None)
     if fixed is not None:
         result[ln.interface] = fixed[halo["at"]]
     return result
@@ -467,22 +469,21 @@ def _on_rings(dm: DistributedMesh, call, result: np.ndarray, data: Optional[np.n
 
 def normals(dm: DistributedMesh, power: float = 1.0, unit: bool = True) -> np.ndarray:
     """Node normals of a distributed surface (``tesskit2d.normals`` with ``power``), through a ghost layer."""
-    result = np.array(_each(dm.comm, tk.normals, dm.coords, links(dm).ordered, power, unit), copy=False)
+    result = np.array(each(dm.comm, tk.normals, dm.coords, links(dm).ordered, power, unit), copy=False)
     return _on_rings(dm, lambda c, e, _: tk.normals(c, e, power, unit), result)
 
 
 def parametric_curvatures(dm: DistributedMesh, tangents) -> np.ndarray:
     """The second form at every local node (``tesskit2d.parametric_curvatures``); ``dm.coords`` are (u, v)."""
     tangents = np.ascontiguousarray(tangents, dtype=float)
-    result = np.array(_each(dm.comm, tk.parametric_curvatures, dm.coords, links(dm).ordered, tangents), copy=False)
+    result = np.array(each(dm.comm, tk.parametric_curvatures, dm.coords, links(dm).ordered, tangents), copy=False)
     return _on_rings(dm, lambda c, e, t: tk.parametric_curvatures(c, e, t), result, tangents)
 
 
-def _relayed(dm: DistributedMesh, ln: _Links):
+def _relayed(dm: DistributedMesh, ln: _Links) -> list:
     """The two-ring ghost layer: what the ring layer brings, and the rings of its nodes from the same senders."""
     sent = {q: _touching(dm, ln.shared[q]) for q in ln.ranks}
     first = _pieces(dm, ln, sent)
-    own = _touching(dm, ln.interface)
     # With the first layer this rank holds the whole ring of each of its
     # nodes; it sends each neighbour the rings of the nodes it sent before.
     coords, conn, _, elements, gids = _merge(dm, ln, np.arange(len(dm.conn)), list(first.values()))
@@ -499,13 +500,13 @@ def _relayed(dm: DistributedMesh, ln: _Links):
         g = np.where(block == NULL, _NULL64, gids[np.where(block == NULL, 0, block).astype(np.int64)])
         return elements[rows], g, gids[nodes], coords[nodes], None
     second = _swap(dm.comm, {q: piece(rows) for q, rows in rings.items()})
-    return own, list(first.values()) + list(second.values())
+    return list(first.values()) + list(second.values())
 
 
 def metrics_gen_aniso3d(dm: DistributedMesh, normal_size: float) -> np.ndarray:
     """Anisotropic metrics at every local node (``tesskit2d.metrics_gen_aniso3d``), through a two-ring ghost layer."""
     ln = links(dm)
-    _, pieces = _relayed(dm, ln)
+    pieces = _relayed(dm, ln)
     coords, conn, _, _, _ = _merge(dm, ln, np.arange(len(dm.conn)), pieces)
 
     def local():
@@ -514,7 +515,7 @@ def metrics_gen_aniso3d(dm: DistributedMesh, normal_size: float) -> np.ndarray:
         rows = min(len(metrics), len(out))
         out[:rows] = metrics[:rows]
         return out
-    return _each(dm.comm, local)
+    return each(dm.comm, local)
 
 
 def principal_curvatures(dm: DistributedMesh, radius: float, max_angle: float, max_elements: int,
@@ -554,7 +555,7 @@ def principal_curvatures(dm: DistributedMesh, radius: float, max_angle: float, m
             hard = order[at[known]].astype(np.uint32)
         out = tk.principal_curvatures(coords, conn, neighbours, radius, max_angle, max_elements, hard)
         return np.ascontiguousarray(out[: len(dm.gid)])
-    return _each(comm, local)
+    return each(comm, local)
 
 
 def _components(neighbours: np.ndarray) -> np.ndarray:
@@ -596,7 +597,7 @@ def reorient(dm: DistributedMesh, seed: int = 0, all_parts: bool = True) -> Tupl
         if not 0 <= seed < total:
             raise ValueError(f"seed {seed} is not below the {total} elements")
         return tk.mesh_reorient(dm.conn, ln.neighbours, 0, 1)[:2]
-    flips, conn = _each(comm, local)
+    flips, conn = each(comm, local)
     flipped = conn[:, 0] != dm.conn[:, 0]
     label = _components(ln.neighbours)
     n_parts = int(label.max()) + 1
@@ -752,7 +753,7 @@ def interpolate(dm: DistributedMesh, field, targets, initial=None) -> np.ndarray
         if out.shape[:1] != (len(targets),):
             raise ValueError("initial needs one row per target")
         return extras.ancestors_of(ln.corners, len(dm.coords))
-    ancestors = _each(comm, tables)
+    ancestors = each(comm, tables)
     if field.ndim != 1:
         return out
     kind = tk.T3 if ln.corners.shape[1] == 3 else tk.MIXED
@@ -780,13 +781,14 @@ def interpolate(dm: DistributedMesh, field, targets, initial=None) -> np.ndarray
             k = len(nodes)
             alone = np.r_[dm.coords[nodes], points[i: i + 1]]
             cell = np.arange(k, dtype=np.uint32)[None, :]
+            kind_of = tk.T3 if k == 3 else tk.Q4
             one = tk.interpolate(alone, cell, np.full_like(cell, NULL), np.r_[np.zeros(k, np.uint32), NULL],
-                                 np.r_[field[nodes], np.nan], np.array([k], dtype=np.uint32), tk.T3 if k == 3 else tk.Q4)
+                                 np.r_[field[nodes], np.nan], np.array([k], dtype=np.uint32), kind_of)
             value[i], off[i] = one[k], 0.0
         return value, off
     whole = np.r_[box[:, 0].min(axis=0), box[:, 1].max(axis=0)].reshape(2, 2)
     eps = 1e-9 * (float(np.hypot(*(whole[1] - whole[0]))) or 1.0)
-    answers = comm.alltoall(_each(comm, lambda: [answer(p) for p in asked]))
+    answers = comm.alltoall(each(comm, lambda: [answer(p) for p in asked]))
     best = np.full(len(targets), np.inf)
     value = np.full(len(targets), np.nan)
     for q in range(comm.size):
