@@ -200,3 +200,32 @@ def test_the_command_line_reads_and_writes_a_part_per_rank(tmp_path_factory):
     got = tk.read(f"{folder}/normals_{comm.rank}.vtu")
     serial = tk.normals(xyz, conn, 1.0, True)[got.point_data["global_id"].astype(np.int64)]
     assert np.array_equal(got.point_data["normal"], serial)
+
+
+def test_every_parallel_subcommand_writes_what_the_serial_one_writes(tmp_path_factory):
+    import meshio
+    from tesskit2d.cli import _parser, main
+    folder = comm.bcast(str(tmp_path_factory.mktemp("every")) if comm.rank == 0 else None)
+    if comm.rank == 0:
+        xy, conn = planar(30, cut=1)
+        meshio.write(f"{folder}/plane.vtu", meshio.Mesh(np.c_[xy, 0 * xy[:, 0]], [("triangle", conn)],
+                                                        point_data={"f": np.sin(3 * xy[:, 0]) + xy[:, 1]}))
+        turned = np.where((np.arange(len(conn)) % 3 == 0)[:, None], conn[:, [0, 2, 1]], conn)
+        meshio.write(f"{folder}/turned.vtu", meshio.Mesh(np.c_[xy, 0 * xy[:, 0]], [("triangle", turned)]))
+        meshio.write(f"{folder}/target.vtu", meshio.Mesh(np.c_[xy * 1.2 - 0.1, 0 * xy[:, 0]], [("triangle", conn)]))
+        xyz, conn = sphere(10)
+        meshio.write(f"{folder}/ball.vtu", meshio.Mesh(xyz, [("triangle", conn)]))
+    comm.barrier()
+    runs = [["reorient", "turned.vtu", "--seed", "7"], ["curvature", "ball.vtu", "--radius", "0.3"],
+            ["interpolate", "target.vtu", "--background", f"{folder}/plane.vtu"], ["measure", "plane.vtu"],
+            ["metrics", "ball.vtu", "--mode", "generation", "--normal-size", "-0.1"]]
+    runs = [[argv[0], f"{folder}/{argv[1]}", f"{folder}/{argv[0]}.vtu"] + argv[2:] for argv in runs]
+    assert [main(argv) for argv in runs] == [0] * len(runs)
+    if comm.rank == 0:
+        for argv in runs:
+            args = _parser().parse_args(argv)
+            serial, got = args.run(args), tk.read(argv[2])
+            assert np.array_equal(serial.points, got.points) and np.array_equal(serial.surface(), got.surface())
+            for name, values in {**serial.point_data, **serial.surface_cell_data()}.items():
+                mine = got.point_data.get(name, got.surface_cell_data().get(name))
+                assert np.allclose(mine, values, rtol=1e-13, atol=1e-13 * np.abs(values).max()), (argv[0], name)
