@@ -621,6 +621,15 @@ def _measure_parallel(args, dm, finish) -> Optional[Mesh]:
         print(f"smallest angle {low:.4f} degrees, largest {high:.4f} degrees")
         for n, lo in zip(counts, np.linspace(0, 1, 11)):
             print(f"  quality {lo:.1f}-{lo + 0.1:.1f}: {n}")
+    if args.plot:
+        whole = parallel.gather(dm)
+
+        def draw():
+            if comm.rank == 0:
+                from .plot import plot_quality
+                coords, conn, _ = whole
+                plot_quality(np.nan_to_num(coords), conn, args.plot)  # rows of unused nodes are NaN
+        parallel.each(comm, draw)
     if not args.output:
         return None
     data = {"smallest_angle": np.degrees(smallest), "largest_angle": np.degrees(largest), "quality": quality}
