@@ -211,10 +211,7 @@ def distribute(coords, conn, comm, root: int = 0) -> DistributedMesh:
 def share(dm: DistributedMesh, values, root: int = 0) -> np.ndarray:
     """Per-node values of the whole mesh, held on ``root``, to every rank's local nodes (by global ID)."""
     gids = dm.comm.gather(dm.gid, root=root)
-    parts = None
-    if dm.comm.rank == root:
-        values = np.asarray(values)
-        parts = [values[g.astype(np.int64)] for g in gids]
+    parts = each(dm.comm, lambda: [np.asarray(values)[g.astype(np.int64)] for g in gids] if gids else None)
     return dm.comm.scatter(parts, root=root)
 
 
@@ -475,8 +472,12 @@ def normals(dm: DistributedMesh, power: float = 1.0, unit: bool = True) -> np.nd
 
 def parametric_curvatures(dm: DistributedMesh, tangents) -> np.ndarray:
     """The second form at every local node (``tesskit2d.parametric_curvatures``); ``dm.coords`` are (u, v)."""
-    tangents = np.ascontiguousarray(tangents, dtype=float)
-    result = np.array(each(dm.comm, tk.parametric_curvatures, dm.coords, links(dm).ordered, tangents), copy=False)
+    ln = links(dm)
+
+    def local():
+        t = np.ascontiguousarray(tangents, dtype=float)
+        return t, np.array(tk.parametric_curvatures(dm.coords, ln.ordered, t), copy=False)
+    tangents, result = each(dm.comm, local)
     return _on_rings(dm, lambda c, e, t: tk.parametric_curvatures(c, e, t), result, tangents)
 
 
@@ -528,7 +529,8 @@ def principal_curvatures(dm: DistributedMesh, radius: float, max_angle: float, m
     """
     comm = dm.comm
     ln = links(dm)
-    reach = abs(float(radius)) * (1 + 1e-9) if np.isfinite(radius) else 0.0
+    reach = each(comm, lambda: abs(float(radius)) * (1 + 1e-9) if np.isfinite(radius) else 0.0)
+    reach = comm.allreduce(reach, op=_max())  # the same on every rank, so that both ends of a pair send
     box = ln.boxes
     gap = np.maximum(0, np.maximum(box[:, 0] - box[comm.rank, 1], box[comm.rank, 0] - box[:, 1]))
     near = [q for q in np.flatnonzero(np.sqrt((gap ** 2).sum(axis=1)) <= reach).tolist() if q != comm.rank]
@@ -740,20 +742,20 @@ def interpolate(dm: DistributedMesh, field, targets, initial=None) -> np.ndarray
     """
     comm = dm.comm
     ln = links(dm)
-    field = np.asarray(field, dtype=float)
-    targets = np.asarray(targets, dtype=float).reshape(-1, 2)
-    out = np.zeros((len(targets),) + field.shape[1:]) if initial is None else np.array(initial, dtype=float)
     from . import extras
 
     def tables():
+        values = np.asarray(field, dtype=float)
+        points = np.asarray(targets, dtype=float).reshape(-1, 2)
+        out = np.zeros((len(points),) + values.shape[1:]) if initial is None else np.array(initial, dtype=float)
         if dm.coords.shape[1] != 2:
             raise ValueError("interpolation works in the plane: coords must be (n, 2)")
-        if field.shape[:1] != (len(dm.coords),):
-            raise ValueError(f"field has {field.shape[0] if field.ndim else 0} rows for {len(dm.coords)} nodes")
-        if out.shape[:1] != (len(targets),):
+        if values.shape[:1] != (len(dm.coords),):
+            raise ValueError(f"field has {values.shape[0] if values.ndim else 0} rows for {len(dm.coords)} nodes")
+        if out.shape[:1] != (len(points),):
             raise ValueError("initial needs one row per target")
-        return extras.ancestors_of(ln.corners, len(dm.coords))
-    ancestors = each(comm, tables)
+        return values, points, out, extras.ancestors_of(ln.corners, len(dm.coords))
+    field, targets, out, ancestors = each(comm, tables)
     if field.ndim != 1:
         return out
     kind = tk.T3 if ln.corners.shape[1] == 3 else tk.MIXED
