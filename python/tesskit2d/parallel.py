@@ -441,44 +441,59 @@ def _halo(dm: DistributedMesh, ln: _Links) -> dict:
     return ln.halo
 
 
-def _on_rings(dm: DistributedMesh, call, result: np.ndarray, data: Optional[np.ndarray] = None) -> np.ndarray:
-    """Recomputes a ring-local per-node result at the interface nodes, on the small mesh of their rings."""
+def _on_rings(dm: DistributedMesh, whole, ring) -> np.ndarray:
+    """A ring-local per-node result: ``whole()`` on the own elements, then ``ring`` again at the interface nodes.
+
+    ``whole()`` gives (result, per-node data or None); ``ring(coords, conn,
+    data)`` runs on the small mesh of the interface nodes' rings. One
+    agreement closes the call.
+    """
     ln = links(dm)
     halo = _halo(dm, ln)
-    payload = {q: (dm.coords[s], None if data is None else data[s]) for q, s in halo["send"].items()}
+    result = error = None
+    payload = dict.fromkeys(halo["send"])
+    try:
+        result, data = whole()
+        payload = {q: (dm.coords[s], None if data is None else data[s]) for q, s in halo["send"].items()}
+    except Exception as e:  # reported at the agreement below, after the exchange every rank makes
+        error = e
     got = _swap(dm.comm, payload)
-    coords = np.empty((len(halo["own"]) + len(halo["source_rank"]), dm.coords.shape[1]))
-    values = None if data is None else np.empty((len(coords),) + data.shape[1:])
-    n_own = len(halo["own"])
-    coords[:n_own] = dm.coords[halo["own"]]
-    if data is not None:
-        values[:n_own] = data[halo["own"]]
-    for q in ln.ranks:
-        hit = np.flatnonzero(halo["source_rank"] == q)
-        coords[n_own + hit] = got[q][0][halo["source_row"][hit]]
-        if data is not None:
-            values[n_own + hit] = got[q][1][halo["source_row"][hit]]
-    fixed = each(dm.comm, call, coords, halo["conn"], values) if len(halo["conn"]) else each(dm.comm, lambda: None)
-    if fixed is not None:
-        result[ln.interface] = fixed[halo["at"]]
+    if error is None and all(g is not None for g in got.values()):  # else the failing rank reports
+        try:
+            n_own = len(halo["own"])
+            coords = np.empty((n_own + len(halo["source_rank"]), dm.coords.shape[1]))
+            values = None if data is None else np.empty((len(coords),) + data.shape[1:])
+            coords[:n_own] = dm.coords[halo["own"]]
+            if data is not None:
+                values[:n_own] = data[halo["own"]]
+            for q in ln.ranks:
+                hit = np.flatnonzero(halo["source_rank"] == q)
+                coords[n_own + hit] = got[q][0][halo["source_row"][hit]]
+                if data is not None:
+                    values[n_own + hit] = got[q][1][halo["source_row"][hit]]
+            if len(halo["conn"]):
+                result[ln.interface] = ring(coords, halo["conn"], values)[halo["at"]]
+        except Exception as e:
+            error = e
+    agree(dm.comm, error)
     return result
 
 
 def normals(dm: DistributedMesh, power: float = 1.0, unit: bool = True) -> np.ndarray:
     """Node normals of a distributed surface (``tesskit2d.normals`` with ``power``), through a ghost layer."""
-    result = np.array(each(dm.comm, tk.normals, dm.coords, links(dm).ordered, power, unit), copy=False)
-    return _on_rings(dm, lambda c, e, _: tk.normals(c, e, power, unit), result)
+    ordered = links(dm).ordered
+    return _on_rings(dm, lambda: (np.array(tk.normals(dm.coords, ordered, power, unit), copy=False), None),
+                     lambda c, e, _: tk.normals(c, e, power, unit))
 
 
 def parametric_curvatures(dm: DistributedMesh, tangents) -> np.ndarray:
     """The second form at every local node (``tesskit2d.parametric_curvatures``); ``dm.coords`` are (u, v)."""
-    ln = links(dm)
+    ordered = links(dm).ordered
 
-    def local():
+    def whole():
         t = np.ascontiguousarray(tangents, dtype=float)
-        return t, np.array(tk.parametric_curvatures(dm.coords, ln.ordered, t), copy=False)
-    tangents, result = each(dm.comm, local)
-    return _on_rings(dm, lambda c, e, t: tk.parametric_curvatures(c, e, t), result, tangents)
+        return np.array(tk.parametric_curvatures(dm.coords, ordered, t), copy=False), t
+    return _on_rings(dm, whole, tk.parametric_curvatures)
 
 
 def _relayed(dm: DistributedMesh, ln: _Links) -> list:
