@@ -336,15 +336,22 @@ def raise_order(dm: DistributedMesh) -> DistributedMesh:
     for q, (cells, slots) in ln.edges.items():
         quad = (ln.corners[cells, 3] != NULL) if ln.corners.shape[1] == 4 else np.zeros(len(cells), dtype=bool)
         mids[q] = conn[cells, np.where(quad, 4 + slots, 3 + slots)].astype(np.int64) - n_old
-    mine = np.ones(len(coords) - n_old, dtype=bool)
-    for q in ln.ranks:
-        if q < comm.rank:
-            mine[mids[q]] = False
-    count = int(mine.sum())
+    n_new = len(coords) - n_old
+    lower = [mids[q] for q in ln.ranks if q < comm.rank]
+    skip = np.unique(np.concatenate(lower)) if lower else np.empty(0, dtype=np.int64)  # owned below
+    count = n_new - len(skip)
     n_global = dm.n_nodes or int(comm.allreduce(int(dm.gid.max(initial=0)) + 1, op=_max()))
-    start = comm.exscan(count) or 0
-    new = n_global + start + np.cumsum(mine, dtype=np.uint64) - np.uint64(1)
-    new[~mine] = _NULL64
+    start = n_global + (comm.exscan(count) or 0)
+    # The new nodes' IDs written once in place: consecutive, each owned node
+    # after the k-th skipped one moved down by k (few slices, one pass).
+    gid = np.empty(len(coords), dtype=np.uint64)
+    gid[:n_old] = dm.gid
+    new = gid[n_old:]
+    new[:] = np.arange(start, start + n_new, dtype=np.uint64)
+    ends = np.r_[skip, n_new]
+    for k in range(len(skip)):
+        new[ends[k] + 1: ends[k + 1]] -= np.uint64(k + 1)
+    new[skip] = _NULL64
     # Owners tell the higher ranks the IDs of their shared edges' nodes, in key order.
     told = _swap(comm, {q: new[mids[q]] if q > comm.rank else None for q in ln.ranks})
     for q in ln.ranks:
@@ -352,7 +359,6 @@ def raise_order(dm: DistributedMesh) -> DistributedMesh:
             at = mids[q]
             fill = (new[at] == _NULL64) & (told[q] != _NULL64)
             new[at[fill]] = told[q][fill]
-    gid = np.concatenate([dm.gid, new])
     total = n_global + comm.allreduce(count)
     return DistributedMesh(comm, coords, conn, gid, dm.elements, total)
 
