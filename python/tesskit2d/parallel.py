@@ -249,8 +249,12 @@ def _check(dm: DistributedMesh):
         raise ValueError(f"coords has shape {coords.shape}, not (n, 2) or (n, 3)")
     if conn.ndim != 2 or conn.shape[1] not in (3, 4, 6, 8, 9) or conn.dtype != np.uint32:
         raise ValueError(f"conn has shape {conn.shape} and type {conn.dtype}, not (m, 3, 4, 6, 8 or 9) uint32")
-    if gid.shape != (len(coords),):
-        raise ValueError(f"gid has shape {gid.shape}, not one global ID per node ({len(coords)})")
+    if gid.shape != (len(coords),) or gid.dtype.kind not in "iu" or (gid.dtype.kind == "i" and (gid < 0).any()):
+        raise ValueError(f"gid has shape {gid.shape} and type {gid.dtype}, not one global ID (>= 0) per node "
+                         f"({len(coords)})")
+    if len(np.unique(gid)) != len(gid):
+        raise ValueError("gid gives two local nodes the same global ID")
+    dm.gid = gid.astype(np.uint64, copy=False)
     if not len(conn):
         raise ValueError("the part holds no elements")
     ids = conn[conn != NULL]
