@@ -470,11 +470,16 @@ def _parser() -> argparse.ArgumentParser:
     s.add_argument("--vectors", help="point data to draw as arrows")
     s.add_argument("--size", type=int, nargs=2, default=(800, 600), metavar=("W", "H"), help="pixels")
     s.add_argument("--title", help="a title over the picture")
+    for name in PARALLEL:
+        sub.choices[name].add_argument(
+            "--parts", action="store_true",
+            help="under mpirun: each rank reads its own part file and writes its own result; the file names hold "
+                 "{rank}, and a part file has point data 'global_id' (and may have cell data 'global_element')")
     return p
 
 
-#: Subcommands that run on several MPI ranks when started by mpirun.
-PARALLEL = ("raise-order", "measure", "normals")
+#: Subcommands that run on several MPI ranks when started by mpirun (metrics with --mode generation).
+PARALLEL = ("raise-order", "measure", "normals", "curvature", "interpolate", "reorient", "metrics")
 
 
 def _under_mpi() -> bool:
@@ -482,48 +487,233 @@ def _under_mpi() -> bool:
     return int(os.environ.get("OMPI_COMM_WORLD_SIZE", os.environ.get("PMI_SIZE", "1"))) > 1
 
 
-def _run_parallel(args) -> Optional[Mesh]:
-    """Rank 0 reads and partitions; every rank works on its part; rank 0 writes the whole result.
+def _rank() -> int:
+    from mpi4py import MPI
+    return MPI.COMM_WORLD.rank
 
-    The output equals the serial command's, up to the numbering of new nodes
-    (see tesskit2d.parallel).
+
+def _check_options(args) -> None:
+    """The option errors the serial command gives, found before any file is read."""
+    if args.command == "raise-order" and args.order != 2:
+        raise UsageError("--order: mesh files hold quadratic cells only; use 2")
+    if args.command == "metrics" and args.mode != "generation":
+        raise UsageError("metrics runs on several ranks with --mode generation only")
+    if args.command == "metrics" and args.normal_size is None:
+        raise UsageError("metrics generation needs --normal-size")
+    if args.parts:
+        for name in ("input", "output", "background"):
+            value = getattr(args, name, None)
+            if value and "{rank}" not in value:
+                raise UsageError(f"--parts: the {name} file name needs {{rank}}, e.g. part_{{rank}}.vtu")
+
+
+def _read_part(path: str, rank: int):
+    """A rank's own part file: the mesh, and its nodes' and elements' global IDs."""
+    mesh = read(path.format(rank=rank))
+    if "global_id" not in mesh.point_data:
+        raise FileError(f"{path.format(rank=rank)}: a part file needs point data 'global_id'")
+    gid = np.asarray(mesh.point_data["global_id"]).astype(np.uint64).ravel()
+    elements = mesh.surface_cell_data().get("global_element")
+    return mesh, gid, None if elements is None else np.asarray(elements, dtype=np.int64).ravel()
+
+
+def _run_parallel(args) -> Optional[Mesh]:
+    """Every rank works on its part of the mesh; see tesskit2d.parallel.
+
+    Rank 0 reads and partitions the file and writes the whole result, which
+    equals the serial command's up to the numbering of new nodes; with
+    ``--parts`` each rank reads its own part file and writes its own result,
+    with the point data 'global_id'.
     """
     from mpi4py import MPI
 
     from . import parallel
     comm = MPI.COMM_WORLD
-    mesh = coords = conn = error = None
-    if comm.rank == 0:
-        try:
-            if args.command == "raise-order" and args.order != 2:
-                raise UsageError("--order: mesh files hold quadratic cells only; use 2")
-            mesh = read(args.input)
-            coords = mesh.points if args.command == "normals" else mesh.coords()
-            conn = mesh.surface()
-        except (FileError, UsageError) as e:
-            error = e
-    parallel.agree(comm, comm.bcast(error, root=0))
-    dm = parallel.distribute(coords, conn, comm)
-    if args.command == "measure":
-        total = parallel.area(dm)
-        if comm.rank == 0:
-            print(f"area {total:.10g} ({comm.size} ranks)")
+    rank, parts = comm.rank, args.parts
+    command = args.command
+    planar = command in ("raise-order", "measure", "interpolate", "reorient")
+
+    def load():
+        _check_options(args)
+        if parts:
+            return _read_part(args.input, rank)
+        return (read(args.input), None, None) if rank == 0 else (None, None, None)
+    mesh, gid, elements = parallel.each(comm, load)
+
+    def coords_of(m):
+        # Files of parts may differ in whether z is 0 throughout; then every part keeps x, y, z.
+        return m.points[:, :2] if command == "interpolate" else m.coords() if planar and not parts else m.points
+    if parts:
+        dm = parallel.each(comm, lambda: parallel.DistributedMesh(
+            comm, np.ascontiguousarray(coords_of(mesh)), mesh.surface(), gid, elements))
+    else:
+        surface = parallel.each(comm, lambda: mesh.surface() if rank == 0 else None)
+        dm = parallel.distribute(coords_of(mesh) if rank == 0 else None, surface, comm)
+
+    def point_data(name, required=True):
+        """A point data array of the input, on every rank's local nodes."""
+        def get():
+            if rank and not parts:
+                return None
+            if name not in mesh.point_data:
+                raise UsageError(f"no point data '{name}'")
+            return np.asarray(mesh.point_data[name], dtype=float)
+        values = parallel.each(comm, get)
+        return values if parts else parallel.share(dm, values)
+
+    def finish(result: parallel.DistributedMesh, data=None, cell_data=None):
+        """The output mesh: this rank's part, or the gathered whole on rank 0."""
+        if parts:
+            data = dict(data or {}, global_id=result.gid.astype(np.int64))
+            kept = {k: v for k, v in mesh.point_data.items() if k != "global_id"}
+            return _result(Mesh(mesh.points, mesh.cells, kept, mesh.cell_data), result.coords, result.conn, data,
+                           cell_data)
+        names = sorted(data or {})
+        whole = parallel.gather(result, np.column_stack([np.reshape(data[k], (len(result.gid), -1)) for k in names])
+                                if names else None)
+        cells = _gather_cells(comm, result, cell_data)
+        if rank:
+            return None
+        coords, conn, values = whole
+        n_old = len(mesh.points)
+        coords[:n_old] = mesh.coords() if coords.shape[1] < 3 else mesh.points  # unused nodes stay
+        out, at = {}, 0
+        for k in names:
+            width = np.reshape(data[k], (len(result.gid), -1)).shape[1]
+            out[k] = values[:, at: at + width].reshape((len(values),) + np.shape(data[k])[1:])
+            at += width
+        return _result(mesh, coords, conn, out, cells)
+
+    if command == "raise-order":
+        return finish(parallel.raise_order(dm))
+    if command == "measure":
+        return _measure_parallel(args, dm, finish)
+    if command == "normals":
+        return finish(dm, {"normal": parallel.normals(dm, args.power)})
+    if command == "curvature":
+        parallel.each(comm, lambda: _refuse_unless(dm.conn.shape[1] == 3, "curvature reads triangle meshes; "
+                                                                           "split quadrangles first"))
+        if args.tangents:
+            uv = parallel.DistributedMesh(comm, np.ascontiguousarray(dm.coords[:, :2]), dm.conn, dm.gid, dm.elements,
+                                          dm.n_nodes)
+            forms = parallel.parametric_curvatures(uv, point_data(args.tangents))
+            return finish(dm, {"second_form": forms})
+        k = parallel.principal_curvatures(dm, args.radius, np.radians(args.max_angle), args.max_elements)
+        return finish(dm, {"curvature_1": k[:, 6], "curvature_2": k[:, 7], "direction_1": k[:, 0:3],
+                           "direction_2": k[:, 3:6]})
+    if command == "metrics":
+        parallel.each(comm, lambda: _refuse_unless(dm.conn.shape[1] == 3, "metrics generation reads triangle meshes"))
+        return finish(dm, {"metric": parallel.metrics_gen_aniso3d(dm, args.normal_size)})
+    if command == "reorient":
+        count, conn = parallel.reorient(dm, args.seed, True)
+        if count < 0:
+            raise FileError("the neighbour table does not match the cells")
+        if rank == 0:
+            print(f"{count} elements flipped", file=sys.stderr)
+        return finish(parallel.DistributedMesh(comm, dm.coords, conn, dm.gid, dm.elements, dm.n_nodes))
+    planar_input = parallel.each(comm, lambda: mesh is None or mesh.planar)
+    return _interpolate_parallel(args, dm, comm, parts, finish, planar_input)
+
+
+def _refuse_unless(condition: bool, message: str) -> None:
+    if not condition:
+        raise UsageError(message)
+
+
+def _gather_cells(comm, dm, cell_data: Optional[dict]) -> Optional[dict]:
+    """Per-element data of every rank on rank 0, in the whole mesh's element order."""
+    if not cell_data:
         return None
-    if args.command == "normals":
-        whole = parallel.gather(dm, parallel.normals(dm, args.power))
-        return None if comm.rank else _result(mesh, mesh.points, conn, point_data={"normal": whole[2]})
-    whole = parallel.gather(parallel.raise_order(dm))
+    got = comm.gather((dm.elements, cell_data), root=0)
     if comm.rank:
         return None
-    raised, cells, _ = whole
-    raised[: len(coords)] = coords  # nodes no element uses stay where they were
-    return _result(mesh, raised, cells)
+    order = np.argsort(np.concatenate([g[0] for g in got]), kind="stable")
+    return {name: np.concatenate([g[1][name] for g in got])[order] for name in cell_data}
+
+
+def _measure_parallel(args, dm, finish) -> Optional[Mesh]:
+    from mpi4py import MPI
+
+    from . import parallel
+    comm = dm.comm
+
+    def local():
+        smallest, largest = tk.angles(dm.coords, dm.conn, False)
+        return smallest, largest, np.abs(tk.angles(dm.coords, dm.conn, True)[0])
+    smallest, largest, quality = parallel.each(comm, local)
+    total = parallel.area(dm)
+    low = comm.allreduce(float(np.degrees(np.abs(smallest)).min()), op=MPI.MIN)
+    high = comm.allreduce(float(np.degrees(np.abs(largest)).max()), op=MPI.MAX)
+    counts = comm.allreduce(np.histogram(quality, bins=10, range=(0, 1))[0], op=MPI.SUM)
+    if comm.rank == 0:
+        print(f"area {total:.10g}")
+        print(f"smallest angle {low:.4f} degrees, largest {high:.4f} degrees")
+        for n, lo in zip(counts, np.linspace(0, 1, 11)):
+            print(f"  quality {lo:.1f}-{lo + 0.1:.1f}: {n}")
+    if args.plot:
+        whole = parallel.gather(dm)
+
+        def draw():
+            if comm.rank == 0:
+                from .plot import plot_quality
+                coords, conn, _ = whole
+                plot_quality(np.nan_to_num(coords), conn, args.plot)  # rows of unused nodes are NaN
+        parallel.each(comm, draw)
+    if not args.output:
+        return None
+    data = {"smallest_angle": np.degrees(smallest), "largest_angle": np.degrees(largest), "quality": quality}
+    return finish(dm, cell_data=data)
+
+
+def _interpolate_parallel(args, dm, comm, parts, finish, planar_input: bool) -> Optional[Mesh]:
+    """The background is distributed like any input; the targets go to the ranks in blocks of nearby nodes."""
+    from . import parallel
+    rank = comm.rank
+
+    def load():
+        if parts:
+            return _read_part(args.background, rank)
+        return (read(args.background), None, None) if rank == 0 else (None, None, None)
+    background, bg_gid, bg_elements = parallel.each(comm, load)
+
+    def fields():
+        if rank and not parts:
+            return None
+        names = [args.field] if args.field else [n for n, v in background.point_data.items()
+                                                 if np.asarray(v).dtype.kind == "f"]
+        if not names:
+            raise UsageError("the background mesh has no floating-point point data to carry")
+        for name in names:
+            if name not in background.point_data:
+                raise UsageError(f"--field: the background mesh has no point data '{name}'")
+        if not background.planar or not planar_input:
+            raise UsageError("interpolate works in the plane: both meshes must have z = 0")
+        if background.surface().shape[1] not in (3, 4):
+            raise UsageError("the background mesh must be linear")
+        return names
+    names = parallel.each(comm, fields)
+    names = names if parts else comm.bcast(names)
+    if parts:
+        bg = parallel.DistributedMesh(comm, np.ascontiguousarray(background.points[:, :2]), background.surface(),
+                                      bg_gid, bg_elements)
+    else:
+        bg = parallel.distribute(None if rank else background.points[:, :2], None if rank else background.surface(),
+                                 comm)
+    targets = dm.coords  # the input's nodes, as distributed
+    data = {}
+    for name in names:
+        values = parallel.each(comm, lambda: None if rank and not parts else
+                                np.asarray(background.point_data[name], dtype=float))
+        local = values if parts else parallel.share(bg, values)
+        initial = np.zeros((len(targets),) + local.shape[1:])
+        data[name] = parallel.interpolate(bg, local, targets, initial)
+    return finish(dm, data)
 
 
 def main(argv: Optional[List[str]] = None) -> int:
     args = _parser().parse_args(argv)
     try:
-        if args.command in PARALLEL and _under_mpi():
+        if args.command in PARALLEL and (_under_mpi() or getattr(args, "parts", False)):
             from .parallel import ParallelError
             try:
                 result = _run_parallel(args)
@@ -532,7 +722,7 @@ def main(argv: Optional[List[str]] = None) -> int:
         else:
             result = args.run(args)
         if result is not None and getattr(args, "output", None):
-            write(args.output, result)
+            write(args.output.format(rank=_rank()) if getattr(args, "parts", False) else args.output, result)
     except (FileError, UsageError, tk.ArgumentError, MemoryError, OSError) as error:
         message = str(error).splitlines()[0] if str(error) else type(error).__name__
         sys.stderr.write(f"tesskit2d {args.command}: {message}\n")
