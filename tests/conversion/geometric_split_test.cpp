@@ -12,11 +12,8 @@
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
-
-constexpr unsigned N = null_id;
 
 // The triangles of an output as sorted corner triples, sorted.
 cols_t triangle_set(const dense2D<unsigned>& c, unsigned from = 0) {
@@ -159,7 +156,7 @@ TEST(SplitIntoQ4, StatusesInCheckingOrderAndOutOfMemoryRollBack) {
   const auto mesh = make_random_mesh(3, 11);
   const dense2D<unsigned> none;
   sweep_allocation_failures([&](unsigned long n) {
-    auto xs = own_copy(mesh.coords);
+    auto xs = deep(mesh.coords);
     auto o = conn({{5, 5, 5, 5}});
     int status = 1;
     const bool failed = fail_during(n, [&] { status = split_into_Q4(xs, mesh.conn, o, none); });

@@ -6,11 +6,8 @@
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
-
-constexpr unsigned N = null_id;
 
 // A T6 and a Q9 in one 9-row array; the triangle is marked in row 6.
 dense2D<unsigned> mixed_quadratic() { return conn({{0, 1, 2, 10, 11, 12, N, N, N}, {1, 3, 4, 2, 20, 21, 22, 10, 23}}); }

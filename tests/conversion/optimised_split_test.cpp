@@ -13,12 +13,10 @@
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
-using cols_t = std::vector<std::vector<unsigned>>;
 using ids_t = std::vector<unsigned>;
 
 namespace {
 
-constexpr unsigned N = null_id;
 const double pi = std::acos(-1.0), deg = pi / 180, off = 0.0, no_jacobian = -1.0;
 const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 
@@ -30,7 +28,7 @@ dense1D<unsigned, 8> ids(std::initializer_list<unsigned> v) {
 
 // The columns that one call cuts, on a copy of `conn`.
 ids_t cut_by(const dense2D<double>& x, double angle, double warp, double jacobian, const dense2D<unsigned>& conn) {
-  dense2D<unsigned> c = own_copy(conn);
+  dense2D<unsigned> c = deep(conn);
   dense1D<unsigned, 8> split;
   const int n = split_Q4_into_T3(x, angle, warp, jacobian, 0, dense1D<unsigned, 8>(), split, c);
   EXPECT_EQ(n, static_cast<int>(split.size));
@@ -72,7 +70,7 @@ TEST(OptimisedSplit, RuleZeroCutsAsTheGeometricForm) {
     dense2D<unsigned> whole;
     ASSERT_GE(split_Q4_into_T3(mesh.coords, mesh.conn, whole), 0);
     // With min_jacobian 1 every jittered quadrangle fails.
-    auto c = own_copy(mesh.conn);
+    auto c = deep(mesh.conn);
     dense1D<unsigned, 8> split;
     const int n = split_Q4_into_T3(strided(mesh.coords), off, off, 1.0, 0, dense1D<unsigned, 8>(), split, c);
     ASSERT_GT(n, 0);
@@ -138,7 +136,7 @@ TEST(OptimisedSplit, EachTestCatchesItsQuadrangleAndPassesTheGoodOne) {
   }
   // A NaN coordinate fails only the measures it enters: the square's corner
   // 2 keeps its right angle.
-  auto bad = own_copy(x);
+  auto bad = deep(x);
   bad(0, 0) = not_a_number;
   const no_fp_traps nan_coordinate;
   EXPECT_EQ(cut_by(bad, 100 * deg, 5 * deg, 0.5, conn({{0, 1, 2, 3}})), ids_t{});
@@ -148,7 +146,7 @@ TEST(OptimisedSplit, EachTestCatchesItsQuadrangleAndPassesTheGoodOne) {
 TEST(OptimisedSplit, CandidatesRestrictTheWorkAndSplitMayAliasThem) {
   const auto mesh = make_random_mesh(6, 3, 1.0);
   const unsigned n = mesh.conn.cols;
-  auto c = own_copy(mesh.conn);
+  auto c = deep(mesh.conn);
   // Unsorted, repeated, with a triangle added to the mesh; split is candidates.
   c.resize(4, n + 1, N);
   for (unsigned i = 0; i < 3; ++i)
@@ -194,7 +192,7 @@ TEST(OptimisedSplit, StatusesInOrderLeaveEverythingAsItWas) {
                        {x, good, 9, ids({5}), -5},
                        {x, good, 1, ids({0, 1}), -6}};
   for (const row& r : table) {
-    auto c = own_copy(r.conn);
+    auto c = deep(r.conn);
     EXPECT_EQ(split_Q4_into_T3(r.coords, off, off, 1.0, r.diagonal, r.candidates, split, c), r.status);
     EXPECT_EQ(as_columns(c), as_columns(r.conn));
     EXPECT_EQ(as_vector(split), ids_t{7});
@@ -206,7 +204,7 @@ TEST(OptimisedSplit, StatusesInOrderLeaveEverythingAsItWas) {
   const auto mesh = make_random_mesh(4, 5, 0.6);
   const auto list = ids({9, 3, 0, 12, 5, 7, 1});
   sweep_allocation_failures([&](unsigned long k) {
-    auto c = own_copy(mesh.conn);
+    auto c = deep(mesh.conn);
     auto s = ids({7, 7});
     int status = 0;
     const bool failed = fail_during(k, [&] { status = split_Q4_into_T3(mesh.coords, off, off, 1, 0, list, s, c); });

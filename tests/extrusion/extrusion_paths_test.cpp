@@ -15,7 +15,6 @@ using namespace tk_test;
 using namespace kelm::tesskit2d;
 using v2 = kelm::vector_fixed<double, 2>;
 using v3 = kelm::vector_fixed<double, 3>;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
 

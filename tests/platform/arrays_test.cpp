@@ -8,7 +8,6 @@
 #include "treisoma/lapack.h"
 
 using namespace tk_test;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 TEST(Dense2D, ResizeReserveAndCopyKeepElementsAndSetTheStride) {
   dense2D<unsigned> a = conn({{1, 2, 3}, {4, 5, 6}});
