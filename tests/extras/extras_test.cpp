@@ -42,14 +42,7 @@ TEST(Extras, NeighboursLeaveNonManifoldEdgesFreeAndRefuseWhatTheyCannotRead) {
   }
   EXPECT_EQ(extras::neighbours_of(dense2D<unsigned>(3, 0), nb), 0);
   const auto mesh = make_random_mesh(5, 2).conn;
-  sweep_allocation_failures([&](unsigned long k) {
-    dense2D<unsigned> out;
-    int status = 0;
-    const bool failed = fail_during(k, [&] { status = extras::neighbours_of(mesh, out); });
-    EXPECT_EQ(status, failed ? -199 : 0);
-    EXPECT_EQ(out.cols, failed ? 0u : mesh.cols);
-    return failed;
-  });
+  expect_all_or_nothing<dense2D<unsigned>>([&](dense2D<unsigned>& out) { return extras::neighbours_of(mesh, out); });
 }
 
 TEST(Extras, AncestorsAreFirstHoldersAndUnusedNodesStayNull) {
@@ -68,10 +61,6 @@ TEST(Extras, NodeOrdersPutEachMidNodeOnItsEdgeAndComeBack) {
   EXPECT_EQ(as_columns(c), (cols_t{{0, 1, 2, 1, 12, 20, N, N}, {0, 1, 2, 3, 1, 12, 23, 30}}));
   ASSERT_EQ(extras::from_vtk_order(c), 0);
   EXPECT_EQ(as_columns(c), as_columns(library));
-  const unsigned* to = extras::vtk_order(6);
-  const unsigned* back = extras::library_order(6);
-  for (unsigned k = 0; k < 6; ++k)
-    EXPECT_EQ(back[to[k]], k);
   EXPECT_EQ(extras::vtk_order(4), nullptr);
   auto linear = conn({{0, 1, 2, 3}});
   EXPECT_EQ(extras::to_vtk_order(linear), -1);
