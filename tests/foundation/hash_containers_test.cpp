@@ -1,78 +1,19 @@
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "foundation/hash_table.h"
 #include "foundation/stamped_set.h"
 #include "support/allocation_failure.h"
-#include "support/arrays.h"
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
 
+// Keys, rebuilds and edge orientation are checked through the edge numbering
+// of the raised meshes; here, what only a failed allocation or a wrapped
+// stamp reaches.
 namespace {
-
-using edge_map = hash_table<triad<pair<edge2, unsigned>, unsigned, unsigned>>;
 using id_set = hash_table<triad<unsigned, unsigned, unsigned>>;
 using id_map = hash_table<triad<pair<unsigned, unsigned>, unsigned, unsigned>>;
-
-std::vector<unsigned> live_keys(const id_map& t) {
-  std::vector<unsigned> out;
-  t.for_each_live([&](const auto& r, unsigned) { out.push_back(r.first.first); });
-  return out;
-}
-
 } // namespace
-
-TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientationAndValue) {
-  EXPECT_EQ(prime_at_least(0xFFFFFFFFu), 4294967291u); // the sizing ends below 2^32
-  EXPECT_EQ(key_hash(edge2(7, 900)), key_hash(edge2(900, 7)));
-  edge_map t(23);
-  const auto first = t.insert_checked({{edge2(4, 9), 100}, 0, 0});
-  ASSERT_TRUE(first.inserted);
-  const auto again = t.insert_checked({{edge2(9, 4), 200}, 0, 0});
-  EXPECT_FALSE(again.inserted);
-  EXPECT_EQ(again.position, first.position);
-  const unsigned at = t.find(edge2(9, 4));
-  ASSERT_NE(at, t.end());
-  EXPECT_EQ(t[at].first.first.a, 4u); // stored as first met
-  EXPECT_EQ(t[at].first.second, 100u);
-  EXPECT_EQ(t.find(edge2(4, 10)), t.end());
-
-  // The hot-loop form hands back the same record and says whether it is new.
-  bool created = true;
-  EXPECT_EQ(t.find_or_insert(key_hash(edge2(9, 4)), {{edge2(9, 4), 300}, 0, 0}, created), &t[at]);
-  EXPECT_FALSE(created);
-  const auto* r = t.find_or_insert(key_hash(edge2(4, 10)), {{edge2(4, 10), 400}, 0, 0}, created);
-  ASSERT_NE(r, nullptr);
-  EXPECT_TRUE(created);
-  EXPECT_EQ(r->first.second, 400u);
-  EXPECT_EQ(t.n_live, 2u);
-}
-
-TEST(HashTable, RebuildsAboveLoadTwoKeepsMappingsAndIteratesHeadsThenOverflow) {
-  id_map t(23);
-  for (unsigned key : {5u, 28u, 51u, 3u, 74u}) // 5, 28, 51, 74 share bucket 5
-    t.insert_checked({{key, key}, 0, 0});
-  EXPECT_EQ(live_keys(t), (std::vector<unsigned>{3, 5, 28, 51, 74}));
-  ASSERT_TRUE(t.initialise(23, 23)); // empties without dropping storage
-  EXPECT_EQ(t.find(28), t.end());
-  EXPECT_TRUE(live_keys(t).empty());
-
-  for (unsigned k = 0; k < 46; ++k)
-    t.insert_checked({{k * 23, k}, 0, 0}); // one bucket: a long overflow chain
-  EXPECT_EQ(t.n_buckets, 23u);
-  t.insert_checked({{46 * 23, 46}, 0, 0});
-  EXPECT_EQ(t.n_buckets, 53u); // the 47th key
-  for (unsigned k = 47; k < 5000; ++k)
-    t.insert_checked({{k * 7919u, k}, 0, 0});
-  EXPECT_EQ(t.n_live, 5000u);
-  for (unsigned k = 0; k < 5000; ++k) {
-    const unsigned at = t.find(k < 47 ? k * 23 : k * 7919u);
-    ASSERT_NE(at, t.end()) << k;
-    EXPECT_EQ(t[at].first.second, k);
-  }
-}
 
 TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
   id_map t(23);
