@@ -12,11 +12,8 @@
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
-
-constexpr unsigned N = null_id;
 
 // The triangles of an output as sorted corner triples, sorted.
 cols_t triangle_set(const dense2D<unsigned>& c, unsigned from = 0) {
@@ -31,17 +28,6 @@ cols_t triangle_set(const dense2D<unsigned>& c, unsigned from = 0) {
 }
 
 } // namespace
-
-TEST(TriangleQuality, IsOneWhenEquilateralAndSignedOnlyInThePlane) {
-  const double h = std::sqrt(3.0) / 2;
-  const auto plane = coords({{0, 0}, {1, 0}, {0.5, h}, {2, 0}});
-  EXPECT_NEAR(triangle_quality(strided(plane), 0, 1, 2), 1.0, 1e-15);
-  EXPECT_NEAR(triangle_quality(plane, 0, 2, 1), -1.0, 1e-15); // clockwise
-  EXPECT_EQ(triangle_quality(plane, 0, 1, 3), 0.0);           // flat
-  EXPECT_EQ(triangle_quality(plane, 1, 1, 1), 0.0);           // no perimeter
-  const auto space = coords({{0, 0, 0}, {1, 0, 0}, {0.5, 0, h}});
-  EXPECT_NEAR(triangle_quality(space, 0, 2, 1), 1.0, 1e-15);
-}
 
 TEST(SplitQ4IntoT3WithCoords, ChoosesTheBetterDiagonalWhateverTheStartingCorner) {
   // A unit square: a tie, so the cut runs through the smallest ID, 2.
@@ -88,18 +74,6 @@ TEST(SplitQ4IntoT3WithCoords, CountsQuadranglesCopiesTrianglesAndChecksInOrder) 
   EXPECT_EQ(split_Q4_into_T3(x, conn({{0, 1, 2, 3, 0}}), bad_out), -2);
   EXPECT_EQ(split_Q4_into_T3(x, conn({{0, 1, 2, 3}}), bad_out), -3);
   EXPECT_EQ(bad_out.cols, 1u);
-
-  for (const auto& mesh : {conn({{0, 1, 2, 3}, {1, 2, 3, N}}), conn({{0, 1, 2}, {2, 3, 0}})}) {
-    sweep_allocation_failures([&](unsigned long n) {
-      auto out = conn({{9, 9, 9}});
-      int status = 0;
-      const bool failed = fail_during(n, [&] { status = split_Q4_into_T3(x, mesh, out); });
-      EXPECT_EQ(out.cols, status == -199 ? 1u : mesh.rows == 4 ? 4u : 3u);
-      EXPECT_EQ(out(0, 0), 9u);
-      EXPECT_TRUE(status != -199 || failed);
-      return failed;
-    });
-  }
 }
 
 TEST(SplitIntoQ4, SharedEdgeGetsOneNodeChildrenStartAtCornersAndKnownEdgesKeepTheirNode) {
@@ -136,11 +110,6 @@ TEST(SplitIntoQ4, RandomMixedMeshesKeepTheirAreaAndOrientation) {
     EXPECT_NEAR(signed_area(x, quads), 1.0, 1e-12);
     for (unsigned j = 0; j < quads.cols; ++j) // no child is inverted
       EXPECT_GT(triangle_quality(x, quads(0, j), quads(1, j), quads(2, j)), 0.0);
-
-    // And back: every quadrangle becomes two triangles of the same area.
-    dense2D<unsigned> tris;
-    EXPECT_EQ(split_Q4_into_T3(x, quads, tris), static_cast<int>(quads.cols));
-    EXPECT_NEAR(signed_area(x, tris), 1.0, 1e-12);
   }
 }
 
@@ -159,7 +128,7 @@ TEST(SplitIntoQ4, StatusesInCheckingOrderAndOutOfMemoryRollBack) {
   const auto mesh = make_random_mesh(3, 11);
   const dense2D<unsigned> none;
   sweep_allocation_failures([&](unsigned long n) {
-    auto xs = own_copy(mesh.coords);
+    auto xs = deep(mesh.coords);
     auto o = conn({{5, 5, 5, 5}});
     int status = 1;
     const bool failed = fail_during(n, [&] { status = split_into_Q4(xs, mesh.conn, o, none); });

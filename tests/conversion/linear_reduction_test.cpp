@@ -2,15 +2,13 @@
 
 #include "support/allocation_failure.h"
 #include "support/arrays.h"
+#include "tesskit2d/geometric_split.h"
 #include "tesskit2d/linear_reduction.h"
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
-
-constexpr unsigned N = null_id;
 
 // A T6 and a Q9 in one 9-row array; the triangle is marked in row 6.
 dense2D<unsigned> mixed_quadratic() { return conn({{0, 1, 2, 10, 11, 12, N, N, N}, {1, 3, 4, 2, 20, 21, 22, 10, 23}}); }
@@ -117,15 +115,19 @@ TEST(SplitQ4IntoT3, SplitsAlongDiagonal02CountsQuadranglesAndChecksInOrder) {
   EXPECT_EQ(split_Q4_into_T3(conn({{0, 1, 2, 3}}), bad_out), -2);
   EXPECT_EQ(split_Q4_into_T3(conn({{0, 1, 2, 3}}), empty4), 1); // an empty output of any rows is taken
 
-  for (const auto& mesh : {conn({{0, 1, 2, 3}, {1, 4, 2, N}}), conn({{0, 1, 2}, {2, 3, 0}})}) {
-    sweep_allocation_failures([&](unsigned long n) {
-      auto out = conn({{9, 9, 9}});
-      int status = 0;
-      const bool failed = fail_during(n, [&] { status = split_Q4_into_T3(mesh, out); });
-      EXPECT_EQ(out.cols, status == -199 ? 1u : mesh.rows == 4 ? 4u : 3u);
-      EXPECT_EQ(out(0, 0), 9u);
-      EXPECT_TRUE(status != -199 || failed);
-      return failed;
-    });
-  }
+  // Both forms, without and with coordinates, leave the output as it was.
+  const auto x = coords({{0, 0}, {1, 0}, {1, 1}, {0, 1}, {2, 0}});
+  for (const auto& mesh : {conn({{0, 1, 2, 3}, {1, 4, 2, N}}), conn({{0, 1, 2}, {2, 3, 0}})})
+    for (bool geometric : {false, true}) {
+      sweep_allocation_failures([&](unsigned long n) {
+        auto out = conn({{9, 9, 9}});
+        int status = 0;
+        const bool failed =
+            fail_during(n, [&] { status = geometric ? split_Q4_into_T3(x, mesh, out) : split_Q4_into_T3(mesh, out); });
+        EXPECT_EQ(out.cols, status == -199 ? 1u : mesh.rows == 4 ? 4u : 3u);
+        EXPECT_EQ(out(0, 0), 9u);
+        EXPECT_TRUE(status != -199 || failed);
+        return failed;
+      });
+    }
 }

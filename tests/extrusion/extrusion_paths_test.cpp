@@ -15,7 +15,6 @@ using namespace tk_test;
 using namespace kelm::tesskit2d;
 using v2 = kelm::vector_fixed<double, 2>;
 using v3 = kelm::vector_fixed<double, 3>;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
 
@@ -186,10 +185,8 @@ TEST(ExtrusionGeometry, TranslationAreaIsLineLengthTimesHeightAndSpaceLiftsTheRo
   dense2D<unsigned> out;
   ASSERT_EQ(extrude_translate_Q4(c, chain(), v3{{0, 2, 6}}, 3u, out), 0);
   ASSERT_EQ(c.rows, 3u);
-  for (unsigned id = 0; id < c.cols; ++id) {
-    const unsigned layer = id / 3; // three nodes a layer
-    EXPECT_NEAR(c(2, id), 2.0 * layer, 1e-13);
-  }
+  for (unsigned id = 0; id < c.cols; ++id) // three nodes a layer
+    EXPECT_NEAR(c(2, id), 2.0 * (id / 3), 1e-13);
 }
 
 TEST(ExtrusionGeometry, RotationKeepsDistancesFromTheAxisAndAFullTurnClosesInSpace) {
@@ -214,10 +211,10 @@ TEST(ExtrusionGeometry, RotationKeepsDistancesFromTheAxisAndAFullTurnClosesInSpa
     ASSERT_EQ(extrude_rotate_T3(r, chain(), o, 2 * pi, layers, 1, ring), 0);
     ASSERT_EQ(extrude_rotate_Q4(r3, chain(), centre, v3{{0, 0, 2 * pi}}, layers, ring3), 0);
     ASSERT_EQ(r.cols, 3 + 3 * layers);
-    for (unsigned p = 0; p < 3; ++p) {
-      EXPECT_NEAR(distance(r.column(3 * layers + p), r.column(p), 2), 0.0, 1e-9);
-      EXPECT_NEAR(distance(r3.column(3 * layers + p), r3.column(p), 3), 0.0, 1e-9);
-    }
+    for (unsigned p = 0; p < 3; ++p)
+      EXPECT_NEAR(distance(r.column(3 * layers + p), r.column(p), 2) +
+                      distance(r3.column(3 * layers + p), r3.column(p), 3),
+                  0.0, 1e-9);
   }
 }
 
@@ -251,11 +248,8 @@ TEST(ExtrusionGeometry, SpiralTurnsAndAdvancesTogetherAndNormalSweepsKeepOrienta
       const double *x = c.column(3 * j + p), *x0 = c.column(p);
       EXPECT_NEAR(x[2], j * 1.0, 1e-13);
       EXPECT_NEAR(std::hypot(x[0], x[1]), std::hypot(x0[0], x0[1]), 1e-13);
-      if (p > 0) {
-        EXPECT_NEAR(std::atan2(x[1], x[0]), j * pi / 4, 1e-13);
-      }
+      EXPECT_TRUE(p == 0 || std::fabs(std::atan2(x[1], x[0]) - j * pi / 4) < 1e-13);
     }
-
   // A counter-clockwise loop swept along its normals gives counter-clockwise
   // quadrangles, corners moving inwards along the diagonal.
   auto sq = coords({{0, 0}, {4, 0}, {4, 4}, {0, 4}});
@@ -285,16 +279,10 @@ TEST(ExtrusionRollback, OutOfMemoryRestoresColumnCountsAndTheStatedRows) {
   };
   const case_t cases[] = {
       {2, 2, 4, [](X& c, const E& e, E& o) { return extrude_translate_Q4(c, e, up2, 3u, o); }},
-      {2, 3, 3,
-       [](X& c, const E& e, E& o) {
-         return extrude_translate_T3(c, e, v3{{0, 1, 1}}, 1.0, 1.5, 2, false, o);
-       }},
+      {2, 3, 3, [](X& c, const E& e, E& o) { return extrude_translate_T3(c, e, lift, 1.0, 1.5, 2, false, o); }},
       {3, 2, 4, [](X& c, const E& e, E& o) { return extrude_rotate_Q4(c, e, o2, 1.0, 3u, o); }},
       {2, 2, 3, [](X& c, const E& e, E& o) { return extrude_rotate_T3(c, e, o3, w, 3u, 0, o); }},
-      {3, 2, 4,
-       [](X& c, const E& e, E& o) {
-         return extrude_spiral_Q4(c, e, o3, w, v3{{0, 0, 3}}, 3u, o);
-       }},
+      {3, 2, 4, [](X& c, const E& e, E& o) { return extrude_spiral_Q4(c, e, o3, w, lift, 3u, o); }},
       {2, 2, 3, [](X& c, const E& e, E& o) { return extrude_normal_T3(c, e, 1.0, 3u, 2, o); }},
   };
   const auto edges = chain(); // built outside the failing window
@@ -404,7 +392,7 @@ TEST(SweepNumbering, AppendsBehindExistingColumnsThroughStridedViews) {
   EXPECT_EQ(as_columns(c), as_columns(packed));
 }
 
-TEST(LayerSpacing, CountIsLengthOverTheLogarithmicMeanAcrossTheSeriesBoundary) {
+TEST(LayerSpacing, CountNearestMultipleAndFractionAcrossTheirSeriesBoundaries) {
   EXPECT_NEAR(layer_count(10, 1, 2, false), 10 * std::log(2.0), 1e-14);
   EXPECT_EQ(layer_count(10, 1, 2, false), layer_count(10, 2, 1, false));
   EXPECT_EQ(layer_count(10, 2.5, 2.5, false), 4.0); // equal sizes: exactly length / h
@@ -413,12 +401,17 @@ TEST(LayerSpacing, CountIsLengthOverTheLogarithmicMeanAcrossTheSeriesBoundary) {
     EXPECT_EQ(layer_count(10, 0, 1, false), 0.0); // a zero size has no mean
   }
   // Below a 10% difference a series replaces the quotient: both must agree
-  // at the switch and inside it.
+  // at the switch and inside it; the same for the fraction near q = 1.
   EXPECT_NEAR(layer_count(1, 1, 1 + std::nextafter(0.1, 0.0), false), layer_count(1, 1, 1.1, false), 1e-8);
   EXPECT_NEAR(layer_count(1, 1, 1.05, false), std::log(1.05) / 0.05, 1e-7);
-}
+  for (double q : {1.0005, 1.001, 0.999})
+    EXPECT_NEAR(layer_fraction(0.3, 1, q), (std::pow(q, 0.3) - 1) / (q - 1), 1e-12);
+  for (double h1 : {0.25, 0.9995, 1.0, 1.001, 3.0})
+    EXPECT_TRUE(layer_fraction(0, 1, h1) == 0.0 && layer_fraction(1, 1, h1) == 1.0) << h1;
+  EXPECT_NEAR(layer_fraction(0.5, 1, 4), 1.0 / 3, 1e-15);
+  EXPECT_EQ(layer_fraction(2, 1, 4), 5.0); // no clamp outside [0, 1]
 
-TEST(LayerSpacing, NearestMultipleRoundsAtTheGeometricMean) {
+  // The layer count rounds at the geometric mean of its neighbours.
   const struct {
     double x;
     unsigned m, k;
@@ -436,15 +429,4 @@ TEST(LayerSpacing, NearestMultipleRoundsAtTheGeometricMean) {
     EXPECT_EQ(nearest_multiple(c.x, c.m), c.k) << c.x;
   const no_fp_traps nan_given;
   EXPECT_EQ(nearest_multiple(std::nan(""), 1), 0u);
-}
-
-TEST(LayerSpacing, FractionRunsFromZeroToOneAndItsSeriesMeetsThePower) {
-  for (double h1 : {0.25, 0.9995, 1.0, 1.001, 3.0}) {
-    EXPECT_EQ(layer_fraction(0, 1, h1), 0.0);
-    EXPECT_EQ(layer_fraction(1, 1, h1), 1.0);
-  }
-  EXPECT_NEAR(layer_fraction(0.5, 1, 4), 1.0 / 3, 1e-15);
-  for (double q : {1.0005, 1.001, 0.999}) // the series near q = 1 and its ends
-    EXPECT_NEAR(layer_fraction(0.3, 1, q), (std::pow(q, 0.3) - 1) / (q - 1), 1e-12);
-  EXPECT_EQ(layer_fraction(2, 1, 4), 5.0); // no clamp outside [0, 1]
 }

@@ -1,41 +1,18 @@
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "foundation/hash_table.h"
 #include "foundation/stamped_set.h"
-#include "foundation/vector_fast.h"
 #include "support/allocation_failure.h"
-#include "support/arrays.h"
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
 
+// Edge keys of the curvature's hard edges and the search's visited sets.
 namespace {
-
 using edge_map = hash_table<triad<pair<edge2, unsigned>, unsigned, unsigned>>;
 using id_set = hash_table<triad<unsigned, unsigned, unsigned>>;
 using id_map = hash_table<triad<pair<unsigned, unsigned>, unsigned, unsigned>>;
-
-std::vector<unsigned> live_keys(const id_map& t) {
-  std::vector<unsigned> out;
-  t.for_each_live([&](const auto& r, unsigned) { out.push_back(r.first.first); });
-  return out;
-}
-
 } // namespace
-
-TEST(HashTable, BucketCountsComeFromThePrimeTable) {
-  EXPECT_EQ(prime_at_least(0), 13u);
-  EXPECT_EQ(prime_at_least(14), 23u);
-  EXPECT_EQ(prime_at_least(6291469), 6291469u);
-  EXPECT_EQ(prime_at_least(0xFFFFFFFFu), 4294967291u);
-  id_set t(23);
-  ASSERT_TRUE(t.initialise(0, 0));
-  EXPECT_EQ(t.n_buckets, 23u); // 13 is never a bucket count
-  ASSERT_TRUE(t.initialise(100, 100));
-  EXPECT_EQ(t.n_buckets, 193u);
-}
 
 TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientationAndValue) {
   EXPECT_EQ(key_hash(edge2(7, 900)), key_hash(edge2(900, 7)));
@@ -62,15 +39,8 @@ TEST(HashTable, EdgeKeysAreUnorderedAndKeepTheFirstOrientationAndValue) {
   EXPECT_EQ(t.n_live, 2u);
 }
 
-TEST(HashTable, RebuildsAboveLoadTwoKeepsMappingsAndIteratesHeadsThenOverflow) {
+TEST(HashTable, RebuildsAboveLoadTwoKeepMappings) {
   id_map t(23);
-  for (unsigned key : {5u, 28u, 51u, 3u, 74u}) // 5, 28, 51, 74 share bucket 5
-    t.insert_checked({{key, key}, 0, 0});
-  EXPECT_EQ(live_keys(t), (std::vector<unsigned>{3, 5, 28, 51, 74}));
-  ASSERT_TRUE(t.initialise(23, 23)); // empties without dropping storage
-  EXPECT_EQ(t.find(28), t.end());
-  EXPECT_TRUE(live_keys(t).empty());
-
   for (unsigned k = 0; k < 46; ++k)
     t.insert_checked({{k * 23, k}, 0, 0}); // one bucket: a long overflow chain
   EXPECT_EQ(t.n_buckets, 23u);
@@ -86,6 +56,7 @@ TEST(HashTable, RebuildsAboveLoadTwoKeepsMappingsAndIteratesHeadsThenOverflow) {
   }
 }
 
+
 TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
   id_map t(23);
   for (unsigned k = 0; k < 30; ++k)
@@ -94,43 +65,19 @@ TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
   EXPECT_EQ(t.n_buckets, 23u);
   EXPECT_EQ(t[t.find(29)].first.second, 30u);
 
-  // A full overflow area that cannot grow: the chain's last record comes
-  // back and the key count does not move.
+  // A full overflow area that cannot grow: no record, and the key count
+  // does not move.
   id_set s(23);
-  const unsigned room = s.records->capacity;
   unsigned k = 0;
-  for (; s.used < room; k += 23)
+  for (; s.used < s.records->capacity; k += 23)
     s.insert(k, {k, 0, 0});
   const unsigned live = s.n_live;
-  unsigned got = 0;
-  EXPECT_TRUE(fail_during(0, [&] { got = s.insert(k, {k, 0, 0}); }));
-  EXPECT_EQ(s[got].first, k - 23);
   bool created = true;
   const void* r = &s;
   EXPECT_TRUE(fail_during(0, [&] { r = s.find_or_insert(k, {k, 0, 0}, created); }));
   EXPECT_EQ(r, nullptr);
   EXPECT_FALSE(created);
   EXPECT_EQ(s.n_live, live);
-}
-
-TEST(VectorFast, KeepsDistinctIdsInFirstSeenOrderThroughRebuilds) {
-  id_list used;
-  for (unsigned id : {5u, 3u, 5u})
-    used.push_back_unique(id);
-  EXPECT_EQ(as_vector<unsigned>(used), (std::vector<unsigned>{5, 3}));
-  EXPECT_EQ(used.position_of(3), 1u);
-  EXPECT_EQ(used.position_of(4), null_id);
-  for (unsigned k = 0; k < 3000; ++k)
-    used.push_back_unique((k * 2654435761u) % 1000u + 10);
-  EXPECT_EQ(used.size, 2u + 1000u);
-  for (unsigned i = 0; i < used.size; ++i)
-    ASSERT_EQ(used.position_of(used[i]), i);
-
-  used.size = 0; // how callers empty it for reuse
-  ASSERT_TRUE(used.table.initialise(23, 23));
-  used.push_back_unique(8);
-  EXPECT_EQ(used.position_of(8), 0u);
-  EXPECT_EQ(used.position_of(5), null_id);
 }
 
 TEST(StampedSet, ClearIsANewGenerationUntilTheStampWraps) {

@@ -9,6 +9,7 @@
 #include "support/arrays.h"
 #include "support/conversion_meshes.h"
 #include "support/orientation_meshes.h"
+#include "support/shared_outputs.h"
 #include "support/surface_meshes.h"
 #include "tesskit2d/connectivity.h"
 #include "tesskit2d/extrusion.h"
@@ -24,19 +25,13 @@ using namespace kelm::tesskit2d;
 
 namespace {
 
-// A view with no rows or columns at the start of `a`'s buffer: appending to
-// it writes over `a`.
+// A view with no rows or columns at the start of `a`'s buffer, of another
+// element type: appending to it writes over `a`.
 template <class A, class T = unsigned> dense2D<T> emptied_view_of(const A& a) {
   dense2D<T> v;
   v.buffer = a.buffer;
   v.offset = 0;
   return v;
-}
-
-template <class T> dense2D<T> deep_copy(const dense2D<T>& a) {
-  dense2D<T> d;
-  d.copy(a);
-  return d;
 }
 
 } // namespace
@@ -46,47 +41,38 @@ TEST(SharedStorage, EachExportGivesTheResultOfSeparateArrays) {
   const auto t6 = conn({{0, 1, 2, 3, 4, 5}, {2, 1, 6, 4, 7, 8}});
   const auto line = coords({{0, 0}, {1, 0}, {3, 0}});
   const auto edges = conn({{0, 1}, {1, 2}});
-  // Each case runs the call once with the output made from `in` by `alias`,
-  // and once on separate arrays holding the same values, and compares.
-  struct case_t {
-    const char* name;
+  // Each call runs once with its output over the storage of `in`, in each
+  // way a caller can arrange it, and once on separate arrays; the results
+  // must agree.
+  using C = const dense2D<unsigned>&;
+  using O = dense2D<unsigned>&;
+  const struct {
     dense2D<unsigned> in;
-    std::function<dense2D<unsigned>(dense2D<unsigned>&)> alias;
-    std::function<int(const dense2D<unsigned>&, dense2D<unsigned>&)> call;
-  };
-  const auto same = [](dense2D<unsigned>& a) { return a; };
-  const auto emptied = [](dense2D<unsigned>& a) { return emptied_view_of(a); };
-  const case_t cases[] = {
-      {"split_Q4_into_T3 on itself", conn({{0, 1, 2}, {2, 1, 3}}), same,
-       [](const dense2D<unsigned>& c, dense2D<unsigned>& o) { return split_Q4_into_T3(c, o); }},
-      {"split_Q4_into_T3 into its buffer", mesh.conn, emptied,
-       [](const dense2D<unsigned>& c, dense2D<unsigned>& o) { return split_Q4_into_T3(c, o); }},
-      {"geometric split on itself", conn({{0, 1, 2}, {2, 1, 3}}), same,
-       [&](const dense2D<unsigned>& c, dense2D<unsigned>& o) { return split_Q4_into_T3(mesh.coords, c, o); }},
-      {"geometric split into its buffer", mesh.conn, emptied,
-       [&](const dense2D<unsigned>& c, dense2D<unsigned>& o) { return split_Q4_into_T3(mesh.coords, c, o); }},
-      {"split_into_linear into its buffer", t6, emptied,
-       [](const dense2D<unsigned>& c, dense2D<unsigned>& o) { return split_into_linear(c, o); }},
-      {"raising into a shallow copy", mesh.conn, same,
-       [&](const dense2D<unsigned>& c, dense2D<unsigned>& o) {
-         auto xy = deep_copy(mesh.coords);
+    std::function<int(C, O)> call;
+  } cases[] = {
+      {mesh.conn, [](C c, O o) { return split_Q4_into_T3(c, o); }},
+      {mesh.conn, [&](C c, O o) { return split_Q4_into_T3(mesh.coords, c, o); }},
+      {t6, [](C c, O o) { return split_into_linear(c, o); }},
+      {mesh.conn,
+       [&](C c, O o) {
+         auto xy = deep(mesh.coords);
          return convert_into_high_order(xy, c, 2, 1, 1, o, dense2D<unsigned>());
        }},
-      {"sweep into its buffer", edges, emptied,
-       [&](const dense2D<unsigned>& c, dense2D<unsigned>& o) {
-         auto xy = deep_copy(line);
+      {edges,
+       [&](C c, O o) {
+         auto xy = deep(line);
          return extrude_translate_T3(xy, c, kelm::vector_fixed<double, 2>{{0, 1}}, 3u, 2, o);
        }},
   };
-  for (const auto& k : cases) {
-    SCOPED_TRACE(k.name);
-    auto in = deep_copy(k.in);
-    auto out = k.alias(in);
-    auto in_apart = deep_copy(in), out_apart = deep_copy(out);
-    const int expected = k.call(in_apart, out_apart);
-    EXPECT_EQ(k.call(in, out), expected);
-    EXPECT_EQ(as_columns(out), as_columns(out_apart));
-  }
+  for (const auto& k : cases)
+    for (const sharing how : every_sharing) {
+      SCOPED_TRACE(testing::Message() << &k - cases << " sharing " << static_cast<int>(how));
+      auto in = deep(k.in), out = shared_output(in, how);
+      auto in_apart = deep(in), out_apart = deep(out);
+      const int expected = k.call(in_apart, out_apart);
+      EXPECT_EQ(how == sharing::same_array ? k.call(in, in) : k.call(in, out), expected);
+      EXPECT_EQ(as_columns(how == sharing::same_array ? in : out), as_columns(out_apart));
+    }
 
   // A boundary loop read while the grid's elements are written into its
   // buffer.
@@ -96,7 +82,7 @@ TEST(SharedStorage, EachExportGivesTheResultOfSeparateArrays) {
     loop[k] = k % 4;
   dense2D<unsigned> apart, into_loop;
   into_loop.buffer = loop.buffer;
-  auto square_apart = deep_copy(square);
+  auto square_apart = deep(square);
   ASSERT_EQ(mesh_struct_Q4(square_apart, loop, 1, apart), 0);
   ASSERT_EQ(mesh_struct_Q4(square, loop, 1, into_loop), 0);
   EXPECT_EQ(as_columns(into_loop), as_columns(apart));
@@ -119,7 +105,7 @@ TEST(SharedStorage, SurfaceOutputsOverTheirInputs) {
     v.offset += a.ld;
     return v;
   };
-  const auto emptied = [](dense2D<double>& a) { return emptied_view_of<dense2D<double>, double>(a); };
+  const auto emptied = [](dense2D<double>& a) { return shared_output(a, sharing::emptied_view); };
   const auto& conn = sphere.conn;
   const case_t cases[] = {
       {"node normals on coords", false, same,
@@ -138,7 +124,7 @@ TEST(SharedStorage, SurfaceOutputsOverTheirInputs) {
   };
   for (const auto& k : cases) {
     SCOPED_TRACE(k.name);
-    auto x = deep_copy(sphere.xyz);
+    auto x = deep(sphere.xyz);
     // Room to grow over, and one column past the last node for the
     // shifted view to read.
     const unsigned n = x.cols;
@@ -146,7 +132,7 @@ TEST(SharedStorage, SurfaceOutputsOverTheirInputs) {
     x.resize(3, n + 1, 1.0);
     x.resize(3, n);
     auto o = k.alias(x);
-    auto x_apart = deep_copy(x), o_apart = deep_copy(o);
+    auto x_apart = deep(x), o_apart = deep(o);
     const int expected = k.call(x_apart, o_apart);
     ASSERT_EQ(expected, 0);
     EXPECT_EQ(k.call(x, o), expected);
@@ -157,8 +143,8 @@ TEST(SharedStorage, SurfaceOutputsOverTheirInputs) {
   }
 
   // The distance form empties `conn_out` on entry, but not when it is `conn`.
-  auto x = deep_copy(sphere.xyz), x_apart = deep_copy(x);
-  auto c = deep_copy(conn);
+  auto x = deep(sphere.xyz), x_apart = deep(x);
+  auto c = deep(conn);
   dense2D<unsigned> c_apart;
   ASSERT_EQ(copy_with_offset(x_apart, conn, 1.0, c_apart), 0);
   EXPECT_EQ(copy_with_offset(x, c, 1.0, c), 0);
@@ -173,7 +159,7 @@ TEST(SharedStorage, SurfaceOutputsOverTheirInputs) {
       if (conn(r, j) != null_id) ancestors[conn(r, j)] = j;
   dense1D<unsigned> offsets, elements;
   ASSERT_EQ(get_connected_elements(conn, neighbours, ancestors, offsets, elements), 0);
-  auto c2 = deep_copy(conn);
+  auto c2 = deep(conn);
   dense1D<unsigned> on_ancestors(ancestors), over_conn(emptied_view_of(c2));
   ancestors.copy(dense1D<unsigned>(ancestors)); // the outputs hold it still
   EXPECT_EQ(get_connected_elements(c2, neighbours, on_ancestors, on_ancestors, over_conn), 0);
@@ -190,7 +176,7 @@ TEST(SharedStorage, SurfaceOutputsOverTheirInputs) {
   EXPECT_EQ(split_Q4_into_T3(quads.coords, 1.0, 0.0, 0.0, 0, dense1D<unsigned, 8>(), over_quads, quads.conn), -7);
   EXPECT_EQ(as_columns(quads.conn), before);
   // Candidates read from the array that grows are read in full first.
-  auto apart = deep_copy(quads.conn);
+  auto apart = deep(quads.conn);
   candidates.size = 2;
   dense1D<unsigned, 8> cut, cut_apart;
   dense1D<unsigned, 8> listed(2);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <initializer_list>
 #include <limits>
 
@@ -32,20 +33,26 @@ inline void check_status(int status) {
   if (status < -20 && status != -199) broken("status outside the library's range");
 }
 
+/// Bit for bit, so that NaNs compare equal to themselves.
+inline bool same(const double* a, const double* b, std::size_t n) {
+  return n == 0 || std::memcmp(a, b, n * sizeof(double)) == 0;
+}
+
 template <class T> T pick(FuzzedDataProvider& in, std::initializer_list<T> choices) {
   return *(choices.begin() + in.ConsumeIntegralInRange<std::size_t>(0, choices.size() - 1));
 }
 
-/// A column-major array of `rows` by up to `max_cols` columns, laid out with
-/// a stride and an offset of its own choosing, elements from `value`.
+/// A column-major array of `rows` by up to `max_cols` columns (exactly
+/// `cols` when given), laid out with a stride and an offset of its own
+/// choosing, elements from `value`.
 template <class T, class Value>
-dense2D<T> array(FuzzedDataProvider& in, unsigned rows, unsigned max_cols, Value value) {
-  const unsigned cols = in.ConsumeIntegralInRange<unsigned>(0, max_cols);
+dense2D<T> array(FuzzedDataProvider& in, unsigned rows, unsigned max_cols, Value value, int cols_given = -1) {
+  const unsigned cols = cols_given >= 0 ? unsigned(cols_given) : in.ConsumeIntegralInRange<unsigned>(0, max_cols);
   const unsigned extra = in.ConsumeIntegralInRange<unsigned>(0, 2), offset = in.ConsumeIntegralInRange<unsigned>(0, 3);
   const unsigned ld = rows + extra;
   dense2D<T> big(ld, cols + 4, T(7)); // room for the offset whatever the stride
   dense2D<T> v(big);
-  v.offset = offset;
+  v.offset = ld ? offset : 0; // no offset into an empty buffer
   v.rows = rows;
   v.cols = cols;
   v.ld = ld;

@@ -4,7 +4,6 @@
 // and a target outside the box of the background nodes keeps its value.
 
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 #include "fuzz_arrays.h"
@@ -28,7 +27,7 @@ unsigned table_entry(FuzzedDataProvider& in, unsigned count) {
   }
 }
 
-bool same(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+bool same(double a, double b) { return fuzz::same(&a, &b, 1); }
 
 } // namespace
 

@@ -3,8 +3,6 @@
 // zeros, not numbers or anything at all; and fields spread over structured
 // grids on loops of any length.
 
-#include <cstring>
-
 #include "fuzz_arrays.h"
 #include "tesskit2d/metrics.h"
 
@@ -28,21 +26,17 @@ double entry(FuzzedDataProvider& in, bool valid, unsigned row) {
 dense2D<double> metric_field(FuzzedDataProvider& in, unsigned n_nodes) {
   const unsigned rows = fuzz::pick<unsigned>(in, {3, 6, 3, 6, 4, 0});
   const unsigned cols = in.ConsumeIntegralInRange<int>(0, 7) == 0 ? n_nodes + 1 : n_nodes;
-  // Strided at an offset, as fuzz::array lays out, with the column count
-  // chosen here.
-  const unsigned ld = rows + in.ConsumeIntegralInRange<unsigned>(0, 2),
-                 offset = in.ConsumeIntegralInRange<unsigned>(0, 3);
-  dense2D<double> field(ld, cols + 4, 7.0);
-  field.offset = ld ? offset : 0;
-  field.rows = rows;
-  field.cols = cols;
-  field.size = rows * cols;
-  for (unsigned j = 0; j < field.cols; ++j) {
-    const bool valid = in.ConsumeIntegralInRange<int>(0, 3) != 0;
-    for (unsigned i = 0; i < rows; ++i)
-      field(i, j) = entry(in, valid, i);
-  }
-  return field;
+  bool valid = true;
+  unsigned row = 0;
+  return fuzz::array<double>(
+      in, rows, cols,
+      [&] {
+        if (row == 0) valid = in.ConsumeIntegralInRange<int>(0, 3) != 0; // a column at a time
+        const double e = entry(in, valid, row);
+        row = row + 1 == rows ? 0 : row + 1;
+        return e;
+      },
+      int(cols));
 }
 
 dense1D<double, 8> size_field(FuzzedDataProvider& in, unsigned n_nodes) {
@@ -54,20 +48,15 @@ dense1D<double, 8> size_field(FuzzedDataProvider& in, unsigned n_nodes) {
   return sizes;
 }
 
-// Bit for bit, so that NaNs compare equal to themselves.
-bool same(const double* a, const double* b, std::size_t n) {
-  return n == 0 || std::memcmp(a, b, n * sizeof(double)) == 0;
-}
-
 bool same(const dense2D<double>& a, const dense2D<double>& b) {
   if (a.rows != b.rows || a.cols != b.cols) return false;
   for (unsigned j = 0; j < a.cols; ++j)
-    if (!same(a.column(j), b.column(j), a.rows)) return false;
+    if (!fuzz::same(a.column(j), b.column(j), a.rows)) return false;
   return true;
 }
 
 bool same(const dense1D<double, 8>& a, const dense1D<double, 8>& b) {
-  return a.size == b.size && same(a.begin(), b.begin(), a.size);
+  return a.size == b.size && fuzz::same(a.begin(), b.begin(), a.size);
 }
 
 void transfer(FuzzedDataProvider& in) {
@@ -111,7 +100,7 @@ void transfer(FuzzedDataProvider& in) {
     if (status < 0 && status != -199 && !same(metrics, before)) fuzz::broken("a refused call wrote");
     if (status == 0 && ancestors.size == metrics.cols)
       for (unsigned j = 0; j < metrics.cols; ++j)
-        if (ancestors[j] != fuzz::null_id && !same(metrics.column(j), before.column(j), metrics.rows))
+        if (ancestors[j] != fuzz::null_id && !fuzz::same(metrics.column(j), before.column(j), metrics.rows))
           fuzz::broken("a background node was written");
   } else {
     auto sizes = size_field(in, n_nodes);
@@ -125,7 +114,7 @@ void transfer(FuzzedDataProvider& in) {
     if (status < 0 && status != -199 && !same(sizes, before)) fuzz::broken("a refused call wrote");
     if (status == 0 && ancestors.size == sizes.size)
       for (unsigned j = 0; j < sizes.size; ++j)
-        if (ancestors[j] != fuzz::null_id && !same(&sizes[j], &before[j], 1))
+        if (ancestors[j] != fuzz::null_id && !fuzz::same(&sizes[j], &before[j], 1))
           fuzz::broken("a background node was written");
   }
 }

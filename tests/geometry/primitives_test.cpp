@@ -53,26 +53,6 @@ TEST(QuadrangleArea, WarpedQuadrangleCountsTheLargerTriangulationAndTinyAnglesKe
   EXPECT_NEAR(corner_angle(o, u, w), 1e-10, 1e-24);
 }
 
-TEST(Circumcenter, EquidistantFromTheCornersInThePlaneAndInSpace) {
-  const double p[3][3] = {{0.3, -1.2, 0.7}, {2.9, 0.4, -0.5}, {-0.8, 1.9, 1.1}};
-  double c[3];
-  const double r2 = circumcenter_2d(p[0], p[1], p[2], c);
-  for (const auto& q : p)
-    EXPECT_NEAR(distance2(c, q, 2), r2, 1e-12);
-
-  // Each order of the corners, so that both bases of the space formula run.
-  const unsigned orders[3][3] = {{0, 1, 2}, {1, 2, 0}, {2, 0, 1}};
-  for (const auto& o : orders) {
-    const double r2s = circumcenter_3d(p[o[0]], p[o[1]], p[o[2]], c);
-    for (const auto& q : p)
-      EXPECT_NEAR(distance2(c, q, 3), r2s, 1e-12);
-    // and the centre lies in the triangle's plane
-    const auto n = triangle_normal(p[0], p[1], p[2]);
-    double d[3] = {c[0] - p[0][0], c[1] - p[0][1], c[2] - p[0][2]};
-    EXPECT_NEAR(d[0] * n[0] + d[1] * n[1] + d[2] * n[2], 0.0, 1e-12);
-  }
-}
-
 TEST(Circumcenter, RightAndFlatTrianglesFallBackWhereExpected) {
   double m[3];
   auto centre = [&](unsigned dim) { return std::vector<double>(m, m + dim); };

@@ -27,34 +27,21 @@ template <class T> bool same_bits(const T& a, const T& b) {
   return true;
 }
 
-TEST(MetricAlgebra, SizesInterpolateLinearlyAlongSharedAxes) {
-  // Coaxial metrics, axis-aligned and turned: only sizes move, linearly in t,
-  // also a little beyond the ends while they stay positive.
-  for (double angle : {0.0, 0.5, 2.0})
-    for (double t : {0.25, 0.5, 0.9, 1.5, -0.2}) {
-      metric2 out2;
-      metric3 out3;
-      EXPECT_TRUE(interpolate_metric2(t, sized2(1, 4, angle), sized2(3, 2.5, angle), out2) &&
-                  near(out2, sized2(1 + 2 * t, 4 - 1.5 * t, angle)));
-      EXPECT_TRUE(interpolate_metric3(t, sized3(1, 4, 0.2, angle), sized3(3, 2.5, 0.3, angle), out3) &&
-                  near(out3, sized3(1 + 2 * t, 4 - 1.5 * t, 0.2 + 0.1 * t, angle)));
-    }
-  // Between two columns of a strided 6-row field.
-  kelm::dense2D<double> field(6, 3, 9.0);
-  tk_test::put(field, 1, sized3(1, 2, 3, 0.4)), tk_test::put(field, 2, sized3(2, 2, 1, 0.4));
-  metric3 mid;
-  EXPECT_TRUE(interpolate_metric3_at_nodes(tk_test::strided(field), 0.5, 1, 2, mid) &&
-              near(mid, sized3(1.5, 2, 2, 0.4)));
-  // Equal metrics come back at every t, an isotropic one through the
-  // identity branch of the 2 by 2 decomposition.
-  for (double t : {0.1, 0.5, 0.7})
-    for (const metric2& m : {sized2(2, 2), sized2(0.1, 3, 1.0)}) {
-      metric2 out;
-      metric3 out3;
-      EXPECT_TRUE(interpolate_metric2(t, m, m, out) && near(out, m));
-      EXPECT_TRUE(interpolate_metric3(t, sized3(0.5, 2, 7, t), sized3(0.5, 2, 7, t), out3) &&
-                  near(out3, sized3(0.5, 2, 7, t)));
-    }
+// The linear blend of sizes along shared axes is checked through the fields
+// of metrics_struct; here, beyond the ends and the identity branch.
+TEST(MetricAlgebra, SizesExtrapolateAlongSharedAxesAndEqualMetricsComeBack) {
+  for (double t : {1.5, -0.2}) {
+    metric2 out2;
+    metric3 out3;
+    EXPECT_TRUE(interpolate_metric2(t, sized2(1, 4, 0.5), sized2(3, 2.5, 0.5), out2) &&
+                near(out2, sized2(1 + 2 * t, 4 - 1.5 * t, 0.5)));
+    EXPECT_TRUE(interpolate_metric3(t, sized3(1, 4, 0.2, 2), sized3(3, 2.5, 0.3, 2), out3) &&
+                near(out3, sized3(1 + 2 * t, 4 - 1.5 * t, 0.2 + 0.1 * t, 2)));
+  }
+  for (const metric2& m : {sized2(2, 2), sized2(0.1, 3, 1.0)}) { // isotropic: the identity branch
+    metric2 out;
+    EXPECT_TRUE(interpolate_metric2(0.7, m, m, out) && near(out, m));
+  }
 }
 
 TEST(MetricAlgebra, EndsAreCopiedBitForBitAndInvalidMetricsRefused) {
@@ -91,26 +78,12 @@ TEST(MetricAlgebra, ReductionsKnowTheirEigenpairs) {
   EXPECT_TRUE(eigen_sym2(2, 1, 2, l0, l1, a, b, true) &&
               std::fabs(l0 - 1) + std::fabs(l1 - 3) + std::fabs(a[0] + a[1]) + std::fabs(a[0] * a[0] - 0.5) < 1e-15);
   EXPECT_TRUE(b[0] == -a[1] && b[1] == a[0]);
-  // A multiple of the identity takes the axes, with a negative zero.
-  EXPECT_TRUE(eigen_sym2(3, 0, 3, l0, l1, a, b, true) && a[0] == 1 && a[1] == 0 && b[0] == 0 && std::signbit(b[0]) &&
-              b[1] == 1);
   // Cancellation: det / l1 recovers the small eigenvalue, 1 to 1e-20.
   EXPECT_TRUE(eigenvalues_sym2(1e20, 1e10, 2, l0, l1) && std::fabs(l0 - 1) < 1e-12);
   {
     const tk_test::no_fp_traps overflow_on_purpose;
     EXPECT_FALSE(eigenvalues_sym2(big, -big, big, l0, l1));
   }
-
-  // Sizes 1/2 along x against sizes 1/2 along the first diagonal: A^-1 B has
-  // trace 25 / 8 and determinant 1, and B x = lambda A x for both vectors.
-  const metric2 A = {{4, 0, 1}}, B = {{2.5, 1.5, 2.5}};
-  double e[2], x[2][2];
-  ASSERT_TRUE(reduce_pair2(A, B, e, x, true));
-  EXPECT_TRUE(std::fabs(e[0] - (25 - std::sqrt(369.0)) / 16) + std::fabs(e[1] - (25 + std::sqrt(369.0)) / 16) < 1e-14);
-  for (const auto& v : x) // unit vectors with B v = lambda A v
-    EXPECT_TRUE(std::fabs(std::hypot(v[0], v[1]) - 1) + std::fabs(B[0] * v[0] + B[1] * v[1] - e[&v - x] * 4 * v[0]) +
-                    std::fabs(B[1] * v[0] + B[2] * v[1] - e[&v - x] * v[1]) <
-                1e-14);
 }
 
 TEST(MetricAlgebra, SizeSentinelsAndScalarInterpolation) {

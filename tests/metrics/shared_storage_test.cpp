@@ -20,12 +20,6 @@ struct outcome {
   std::vector<std::vector<double>> field;
 };
 
-template <class A> A deep(const A& a) {
-  A c;
-  c.copy(a);
-  return c;
-}
-
 // The unit square's two triangles, scaled to [1, 3]^2: nodes 0 to 3 are the
 // background, 4 and 5 targets.
 const dense2D<unsigned> tris = conn({{0, 1, 2}, {0, 2, 3}}),

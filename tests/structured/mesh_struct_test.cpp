@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "structured/grid_numbering.h"
-#include "structured/transfinite.h"
 #include "support/allocation_failure.h"
 #include "support/arrays.h"
 #include "support/planar_area.h"
@@ -11,7 +10,6 @@
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
-using cols_t = std::vector<std::vector<unsigned>>;
 
 namespace {
 
@@ -108,12 +106,6 @@ TEST(MeshStruct, BlendingFollowsCurvedAndCrowdedSides) {
   ASSERT_EQ(mesh_struct_Q4(r.coords, r.loop, 4, quads), 0);
   for (unsigned id = 18; id < r.coords.cols; ++id)
     EXPECT_NEAR(r.coords(2, id), saddle(r.coords(0, id), r.coords(1, id)), 1e-14);
-  // The grid is filled line by line; a single point gives the same values.
-  double point[3];
-  transfinite_point(r.coords.column(0), r.coords.ld, 3, 2, 3, 5, 4, 18, r.loop.begin(), point);
-  for (unsigned k = 0; k < 3; ++k)
-    EXPECT_EQ(point[k], r.coords(k, grid_node_id(2, 3, 5, 4, 18, r.loop)));
-
   // Inner nodes of the first and third sides crowded towards x = 0 pull the
   // interior lines with them.
   auto s = rectangle_loop(4, 2, 1, 1);

@@ -1,6 +1,8 @@
 #pragma once
 // Sweeping allocation failures over a call.
 
+#include <gtest/gtest.h>
+
 #include "treisoma/allocation.h"
 
 namespace tk_test {
@@ -25,6 +27,21 @@ template <class Attempt> unsigned long sweep_allocation_failures(Attempt&& attem
   while (attempt(n))
     ++n;
   return n;
+}
+
+/// The sweep of a call that builds its output whole or not at all: each run
+/// of `call(out)` on a fresh `Out` that met a failed allocation answers -199
+/// and leaves `out` empty; the others answer 0 with something in `out`.
+/// Returns the number of allocations walked.
+template <class Out, class Call> unsigned long expect_all_or_nothing(Call&& call) {
+  return sweep_allocation_failures([&](unsigned long n) {
+    Out out;
+    int status = 1;
+    const bool failed = fail_during(n, [&] { status = call(out); });
+    EXPECT_EQ(status, failed ? -199 : 0) << "allocation " << n;
+    EXPECT_EQ(out.empty(), failed) << "allocation " << n;
+    return failed;
+  });
 }
 
 } // namespace tk_test

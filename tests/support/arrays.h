@@ -11,6 +11,8 @@ namespace tk_test {
 using kelm::dense1D;
 using kelm::dense2D;
 using kelm::tesskit2d::null_id;
+constexpr unsigned N = null_id; // short, for tables of columns
+using cols_t = std::vector<std::vector<unsigned>>;
 
 /// An array with one column per inner list (all of one length).
 template <class T> dense2D<T> columns(std::initializer_list<std::initializer_list<T>> cols) {
@@ -31,6 +33,13 @@ inline dense2D<unsigned> conn(std::initializer_list<std::initializer_list<unsign
 }
 inline dense2D<double> coords(std::initializer_list<std::initializer_list<double>> cols) {
   return columns<double>(cols);
+}
+
+/// A copy with a buffer of its own: copying an array only shares its buffer.
+template <class A> A deep(const A& a) {
+  A d;
+  d.copy(a);
+  return d;
 }
 
 /// A copy of `a` laid out with `extra` unused rows between columns and an

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "tesskit2d/mesh.h"
+#include "support/arrays.h"
 
 namespace tk_test {
 
@@ -59,14 +59,6 @@ inline random_mesh make_random_mesh(unsigned k, unsigned seed, double quad_share
       m.conn(i, e) = cols[e][(i + r) % n];
   }
   return m;
-}
-
-/// A copy of an array with a buffer of its own; copies of an array share
-/// the buffer.
-template <class T> kelm::dense2D<T> own_copy(const kelm::dense2D<T>& a) {
-  kelm::dense2D<T> b;
-  b.copy(a);
-  return b;
 }
 
 } // namespace tk_test

@@ -11,14 +11,6 @@
 
 namespace tk_test {
 
-/// A copy with a buffer of its own: copying a dense2D only shares the
-/// buffer, and the flips work in place.
-template <class T> dense2D<T> deep(const dense2D<T>& a) {
-  dense2D<T> d;
-  d.copy(a);
-  return d;
-}
-
 /// The nodes of edge `s` of column `c` in the element's direction: a
 /// triangle (3 rows, or `null_id` in row 3) has edge s opposite corner s,
 /// a quadrangle edge s from corner s to s + 1.

@@ -7,13 +7,6 @@
 
 using namespace tk_test;
 using namespace kelm::tesskit2d;
-using cols_t = std::vector<std::vector<unsigned>>;
-
-namespace {
-
-constexpr unsigned N = null_id;
-
-} // namespace
 
 TEST(DegenerateQuadrangles, FirstMatchingAdjacentPairCollapses) {
   const auto mesh = conn({{1, 1, 2, 3},   // 0 = 1
