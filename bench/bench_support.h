@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <memory>
 
 #include "tesskit2d/mesh.h"
 
@@ -54,6 +55,36 @@ private:
   dense2D<double> touched_;
   yardstick fresh_time_, touched_time_;
 };
+
+/// Times a streaming export, `call(coords, out)`, on a fresh copy of `nodes`
+/// and a fresh `out` each repetition, both released with the timing paused.
+/// Reports ns per output element, the bytes per second of its output (the
+/// columns appended to `coords` and all of `out`) and the write baselines
+/// of those bytes, measured between repetitions.
+template <class Call> void streaming_export(benchmark::State& state, const dense2D<double>& nodes, Call call) {
+  double bytes = 0, elements = 0;
+  std::unique_ptr<write_baseline> baseline;
+  for (auto _ : state) {
+    state.PauseTiming();
+    {
+      dense2D<double> coords;
+      coords.copy(nodes);
+      dense2D<unsigned> out;
+      state.ResumeTiming();
+      benchmark::DoNotOptimize(call(coords, out));
+      state.PauseTiming();
+      elements = out.cols;
+      bytes = double(coords.cols - nodes.cols) * coords.rows * sizeof(double) +
+              double(out.rows) * out.cols * sizeof(unsigned);
+    }
+    if (!baseline) baseline = std::make_unique<write_baseline>(bytes);
+    baseline->measure(state);
+    state.ResumeTiming();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(double(state.iterations()) * bytes));
+  baseline->report(state);
+  per_element(state, elements);
+}
 
 /// The three numberings a mesh can come in: as a structured generator
 /// numbers it (neighbours in the mesh are neighbours in memory); nodes along

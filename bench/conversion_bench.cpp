@@ -1,4 +1,3 @@
-#include <memory>
 #include <utility>
 
 #include "bench_support.h"
@@ -96,48 +95,21 @@ BENCHMARK(convert_into_quadratic_mixed)->Apply(bench::numberings);
 
 // 1e6 triangles of a 707 x 707 grid cut in two, into 3e6 quadrangles.
 void split_into_Q4_T3(benchmark::State& state) {
-  const auto order = static_cast<bench::numbering>(state.range(0));
   dense2D<double> nodes = bench::grid_nodes(707, 0.25);
   dense2D<unsigned> elements = bench::grid_triangles(707);
-  bench::renumber(nodes, elements, order);
-  std::unique_ptr<bench::write_baseline> baseline;
-  for (auto _ : state) {
-    state.PauseTiming();
-    dense2D<double> coords;
-    coords.copy(nodes);
-    dense2D<unsigned> out;
-    state.ResumeTiming();
-    benchmark::DoNotOptimize(split_into_Q4(coords, elements, out, dense2D<unsigned>()));
-    state.PauseTiming();
-    if (!baseline)
-      baseline =
-          std::make_unique<bench::write_baseline>(double(coords.cols - nodes.cols) * coords.rows * sizeof(double) +
-                                                  double(out.rows) * out.cols * sizeof(unsigned));
-    coords = dense2D<double>();
-    out = dense2D<unsigned>();
-    baseline->measure(state);
-    state.ResumeTiming();
-  }
-  baseline->report(state);
-  bench::per_element(state, elements.cols);
+  bench::renumber(nodes, elements, static_cast<bench::numbering>(state.range(0)));
+  bench::streaming_export(state, nodes, [&](dense2D<double>& coords, dense2D<unsigned>& out) {
+    return split_into_Q4(coords, elements, out, dense2D<unsigned>());
+  });
 }
 BENCHMARK(split_into_Q4_T3)->Apply(bench::numberings);
 
 void split_Q4_into_T3_with_coords(benchmark::State& state) {
-  dense2D<double> coords = bench::grid_nodes(1000, 0.25);
+  dense2D<double> nodes = bench::grid_nodes(1000, 0.25);
   dense2D<unsigned> elements = bench::grid_quadrangles(1000);
-  bench::renumber(coords, elements, static_cast<bench::numbering>(state.range(0)));
-  bench::write_baseline baseline(double(elements.cols) * 2 * 3 * sizeof(unsigned));
-  for (auto _ : state) {
-    dense2D<unsigned> out;
-    benchmark::DoNotOptimize(split_Q4_into_T3(coords, elements, out));
-    state.PauseTiming();
-    out = dense2D<unsigned>();
-    baseline.measure(state);
-    state.ResumeTiming();
-  }
-  baseline.report(state);
-  bench::per_element(state, elements.cols);
+  bench::renumber(nodes, elements, static_cast<bench::numbering>(state.range(0)));
+  bench::streaming_export(
+      state, {}, [&](dense2D<double>&, dense2D<unsigned>& out) { return split_Q4_into_T3(nodes, elements, out); });
 }
 BENCHMARK(split_Q4_into_T3_with_coords)->Apply(bench::numberings);
 

@@ -1,8 +1,6 @@
 // A 1000-edge line swept through 1000 layers (1e6 elements) along each path.
-// Bytes counted are those of the new columns of `coords` and `conn_out`.
 
 #include <cmath>
-#include <memory>
 
 #include "bench_support.h"
 #include "tesskit2d/extrusion.h"
@@ -34,40 +32,15 @@ dense2D<unsigned> chain() {
   return e;
 }
 
-double output_bytes(unsigned rows, unsigned element_rows, unsigned elements) {
-  return double(n_edges + 1) * n_layers * rows * sizeof(double) + double(elements) * element_rows * sizeof(unsigned);
-}
-
-// Between repetitions the output's bytes are written into fresh and into
-// touched storage, the yardsticks of a streaming export.
-template <class Call> void sweep(benchmark::State& state, unsigned rows, unsigned element_rows, Call call) {
-  const dense2D<double> line = arc(rows);
+// A sweep of the arc in `rows` rows.
+template <class Call> void sweep(benchmark::State& state, unsigned rows, Call call) {
   const dense2D<unsigned> edges = chain();
-  unsigned elements = 0;
-  std::unique_ptr<bench::write_baseline> baseline;
-  for (auto _ : state) {
-    state.PauseTiming();
-    {
-      dense2D<double> c;
-      c.copy(line);
-      dense2D<unsigned> out;
-      state.ResumeTiming();
-      benchmark::DoNotOptimize(call(c, edges, out));
-      state.PauseTiming();
-      elements = out.cols;
-    }
-    if (!baseline) baseline = std::make_unique<bench::write_baseline>(output_bytes(rows, element_rows, elements));
-    baseline->measure(state);
-    state.ResumeTiming();
-  }
-  state.SetBytesProcessed(
-      static_cast<int64_t>(double(state.iterations()) * output_bytes(rows, element_rows, elements)));
-  baseline->report(state);
-  bench::per_element(state, elements);
+  bench::streaming_export(state, arc(rows),
+                          [&](dense2D<double>& c, dense2D<unsigned>& o) { return call(c, edges, o); });
 }
 
 void extrude_translate_Q4_plane(benchmark::State& state) {
-  sweep(state, 2, 4, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
+  sweep(state, 2, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
     return extrude_translate_Q4(c, e, kelm::vector_fixed<double, 2>{{0, 1}}, n_layers, o);
   });
 }
@@ -75,7 +48,7 @@ BENCHMARK(extrude_translate_Q4_plane)->UseRealTime()->Unit(benchmark::kMilliseco
 
 void extrude_translate_T3_graded(benchmark::State& state) {
   // Graded from 0.001 to 0.002 over 1.4427: 1000 layers.
-  sweep(state, 2, 3, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
+  sweep(state, 2, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
     return extrude_translate_T3(c, e, kelm::vector_fixed<double, 2>{{0, 1.4426950408889634}}, 0.001, 0.002, 2, false,
                                 o);
   });
@@ -83,7 +56,7 @@ void extrude_translate_T3_graded(benchmark::State& state) {
 BENCHMARK(extrude_translate_T3_graded)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void extrude_rotate_Q4_plane(benchmark::State& state) {
-  sweep(state, 2, 4, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
+  sweep(state, 2, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
     return extrude_rotate_Q4(c, e, kelm::vector_fixed<double, 2>{{0, 0}}, 6.283185307179586, n_layers, o);
   });
 }
@@ -91,7 +64,7 @@ BENCHMARK(extrude_rotate_Q4_plane)->UseRealTime()->Unit(benchmark::kMillisecond)
 
 void extrude_rotate_Q4_revolution(benchmark::State& state) {
   // The arc turned about the y axis: a surface of revolution.
-  sweep(state, 3, 4, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
+  sweep(state, 3, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
     return extrude_rotate_Q4(c, e, kelm::vector_fixed<double, 3>{{0, 0, 0}},
                              kelm::vector_fixed<double, 3>{{0, 6.283185307179586, 0}}, n_layers, o);
   });
@@ -99,7 +72,7 @@ void extrude_rotate_Q4_revolution(benchmark::State& state) {
 BENCHMARK(extrude_rotate_Q4_revolution)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void extrude_spiral_Q4_turns(benchmark::State& state) {
-  sweep(state, 3, 4, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
+  sweep(state, 3, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
     return extrude_spiral_Q4(c, e, kelm::vector_fixed<double, 3>{{0, 0, 0}},
                              kelm::vector_fixed<double, 3>{{0, 0, 12.566370614359172}},
                              kelm::vector_fixed<double, 3>{{0, 0, 3}}, n_layers, o);
@@ -108,7 +81,7 @@ void extrude_spiral_Q4_turns(benchmark::State& state) {
 BENCHMARK(extrude_spiral_Q4_turns)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void extrude_normal_Q4_arc(benchmark::State& state) {
-  sweep(state, 2, 4, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
+  sweep(state, 2, [](dense2D<double>& c, const dense2D<unsigned>& e, dense2D<unsigned>& o) {
     return extrude_normal_Q4(c, e, 0.5, n_layers, o);
   });
 }

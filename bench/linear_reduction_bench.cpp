@@ -1,5 +1,3 @@
-#include <memory>
-
 #include "bench_support.h"
 #include "tesskit2d/linear_reduction.h"
 
@@ -21,33 +19,17 @@ dense2D<unsigned> q9_grid(unsigned n) {
   return c;
 }
 
-// Fresh outputs each repetition, released with the timing paused; between
-// repetitions the output's bytes are written into fresh and into touched
-// storage, the yardsticks of a streaming export.
-template <class Call> void streaming(benchmark::State& state, const dense2D<unsigned>& conn, Call call) {
-  std::unique_ptr<bench::write_baseline> baseline;
-  for (auto _ : state) {
-    dense2D<unsigned> out;
-    benchmark::DoNotOptimize(call(out));
-    state.PauseTiming();
-    if (!baseline) baseline = std::make_unique<bench::write_baseline>(double(out.rows) * out.cols * sizeof(unsigned));
-    out = dense2D<unsigned>();
-    baseline->measure(state);
-    state.ResumeTiming();
-  }
-  baseline->report(state);
-  bench::per_element(state, conn.cols);
-}
-
 void split_into_linear_Q9(benchmark::State& state) {
   const dense2D<unsigned> conn = q9_grid(1000);
-  streaming(state, conn, [&](dense2D<unsigned>& out) { return split_into_linear(conn, out); });
+  bench::streaming_export(state, {},
+                          [&](dense2D<double>&, dense2D<unsigned>& out) { return split_into_linear(conn, out); });
 }
 BENCHMARK(split_into_linear_Q9)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void split_Q4_into_T3_connectivity(benchmark::State& state) {
   const dense2D<unsigned> conn = bench::grid_quadrangles(1000);
-  streaming(state, conn, [&](dense2D<unsigned>& out) { return split_Q4_into_T3(conn, out); });
+  bench::streaming_export(state, {},
+                          [&](dense2D<double>&, dense2D<unsigned>& out) { return split_Q4_into_T3(conn, out); });
 }
 BENCHMARK(split_Q4_into_T3_connectivity)->UseRealTime()->Unit(benchmark::kMillisecond);
 
