@@ -69,6 +69,10 @@ bool number_edges(const dense2D<unsigned>& conn, unsigned ne, const unsigned* st
       for (unsigned e = 0; e < k; ++e)
         first[e] = start[lower[e]];
       prefetch_ends(slots, width, first, k);
+      // A node's slots may run into the next cache line.
+      for (unsigned e = 0; e < k; ++e)
+        first[e] = start[lower[e] + 1] - 1;
+      prefetch_ends(slots, width, first, k);
     }
 
     const unsigned* c = conn.column(j);

@@ -72,8 +72,9 @@ int split_Q4_into_T3(const dense2D<double>& coords, const dense2D<unsigned>& giv
   if (!out_conn.reserve(3, out_conn.cols + 2 * n, 1)) return status::out_of_memory;
 
   int split = 0;
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < n; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     if (c[3] == null_id) {
       push_column<3>(out_conn, {c[0], c[1], c[2]});

@@ -40,8 +40,9 @@ void place_edge_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn, co
   double* x = coords.buffer->data + coords.offset;
   const double spacing = 2.0 / (ne + 1.0);
   unsigned placed = n_nodes;
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols && placed < end_id; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* o = out.column(j);
     const bool triangle = is_triangle(conn, conn.column(j));
     const unsigned* run = o + (triangle ? 3 : 4);
@@ -119,8 +120,9 @@ void place_interior_nodes(dense2D<double>& coords, const dense2D<unsigned>& conn
   const std::size_t ld = coords.ld;
   double* x = coords.buffer->data + coords.offset;
   const double quad_spacing = 2.0 / (m + 1.0);
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     unsigned* o = out.column(j);
     if (!is_triangle(conn, conn.column(j))) {
       if (m == 0) continue;

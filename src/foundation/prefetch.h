@@ -32,15 +32,38 @@ constexpr unsigned gather_ahead = 32;
   if (n_corners > 3) __builtin_prefetch(x + c[3] * ld);
 }
 
-/// The same for column j + gather_ahead of `conn`, when there is one; a
-/// column whose row 3 is `null_id` (a triangle in a mixed mesh) requests
-/// three nodes.
-[[gnu::always_inline]] inline void prefetch_ahead(const dense2D<double>& coords, const dense2D<unsigned>& conn,
-                                                  unsigned j) noexcept {
-  if (j + gather_ahead >= conn.cols) return;
-  const unsigned* c = conn.column(j + gather_ahead);
-  prefetch_nodes(coords, c, conn.rows == 3 || c[3] == null_id ? 3 : 4);
-}
+/// Requests, for a walk over the columns of `conn` in order, the nodes of
+/// the column `gather_ahead` places ahead of the current one. Every 64
+/// columns it probes the numbering: where the first nodes of columns 64
+/// apart lie within a few thousand IDs of each other the nodes ahead are in
+/// the cache already and the requests would only cost instructions, so it
+/// makes none until a later probe finds the numbering scattered.
+class node_prefetcher {
+public:
+  node_prefetcher(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept
+      : coords_(coords), conn_(conn) {}
+
+  [[gnu::always_inline]] void at(unsigned j) noexcept {
+    if (j % probe_every == 0) scattered_ = scattered(j);
+    if (!scattered_ || j + gather_ahead >= conn_.cols) return;
+    const unsigned* c = conn_.column(j + gather_ahead);
+    prefetch_nodes(coords_, c, conn_.rows == 3 || c[3] == null_id ? 3 : 4);
+  }
+
+private:
+  static constexpr unsigned probe_every = 64;
+  static constexpr unsigned local_span = 4096;
+
+  bool scattered(unsigned j) const noexcept {
+    if (j + probe_every >= conn_.cols) return false;
+    const unsigned a = conn_.column(j)[0], b = conn_.column(j + probe_every)[0];
+    return (a > b ? a - b : b - a) > local_span;
+  }
+
+  const dense2D<double>& coords_;
+  const dense2D<unsigned>& conn_;
+  bool scattered_ = false;
+};
 
 } // namespace tesskit2d
 } // namespace kelm

@@ -29,8 +29,9 @@ int angles(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool no
   }
 
   const bool mixed = conn.rows == 4;
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < n; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     double a[4];
     unsigned corners = 3;

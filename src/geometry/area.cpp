@@ -12,8 +12,9 @@ namespace {
 // does not depend on the element.
 double triangles_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     sum += triangle_double_area_2d(coords.column(c[0]), coords.column(c[1]), coords.column(c[2]));
   }
@@ -22,8 +23,9 @@ double triangles_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn
 
 double triangles_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     sum += triangle_double_area_3d(coords.column(c[0]), coords.column(c[1]), coords.column(c[2]));
   }
@@ -34,8 +36,9 @@ double triangles_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn
 // a triangle.
 double mixed_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     if (c[3] == null_id) {
@@ -50,8 +53,9 @@ double mixed_2d(const dense2D<double>& coords, const dense2D<unsigned>& conn) no
 
 double mixed_3d(const dense2D<double>& coords, const dense2D<unsigned>& conn) noexcept {
   double sum = 0.0;
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     sum +=

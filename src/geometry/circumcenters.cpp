@@ -15,8 +15,9 @@ int circumcenters(const dense2D<double>& coords, const dense2D<unsigned>& conn, 
   if (conn.rows != 3 || !kelm::tesskit::check_IDs(conn, T3, coords.cols)) return -2;
   if (!centers.resize(dim, n)) return status::out_of_memory;
 
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < n; ++j) {
-    prefetch_ahead(coords, conn, j);
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     const double *p0 = coords.column(c[0]), *p1 = coords.column(c[1]), *p2 = coords.column(c[2]);
     if (dim == 2)
