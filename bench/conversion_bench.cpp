@@ -95,49 +95,75 @@ void convert_into_quadratic_mixed(benchmark::State& state) { raise_to_quadratic(
 BENCHMARK(convert_into_quadratic_mixed)->Apply(bench::numberings);
 
 // 1e6 triangles of a 707 x 707 grid cut in two, into 3e6 quadrangles.
+// Between repetitions the same call is timed on the generated numbering
+// ("x_generated") and the output's bytes are written into fresh and touched
+// storage.
 void split_into_Q4_T3(benchmark::State& state) {
   const auto order = static_cast<bench::numbering>(state.range(0));
-  dense2D<double> nodes = bench::grid_nodes(707, 0.25);
-  dense2D<unsigned> elements = bench::grid_triangles(707);
-  bench::renumber(nodes, elements, order);
+  auto make = [](bench::numbering o) {
+    mesh m{bench::grid_nodes(707, 0.25), bench::grid_triangles(707)};
+    bench::renumber(m.nodes, m.elements, o);
+    return m;
+  };
+  const mesh m = make(order), generated = order == bench::numbering::generated ? mesh() : make({});
+  auto split = [](const mesh& from, dense2D<double>& coords, dense2D<unsigned>& out) {
+    coords.copy(from.nodes);
+    return [&] { benchmark::DoNotOptimize(split_into_Q4(coords, from.elements, out, dense2D<unsigned>())); };
+  };
   std::unique_ptr<bench::write_baseline> baseline;
+  bench::yardstick peer;
   for (auto _ : state) {
     state.PauseTiming();
-    dense2D<double> coords;
-    coords.copy(nodes);
-    dense2D<unsigned> out;
-    state.ResumeTiming();
-    benchmark::DoNotOptimize(split_into_Q4(coords, elements, out, dense2D<unsigned>()));
-    state.PauseTiming();
-    if (!baseline)
-      baseline =
-          std::make_unique<bench::write_baseline>(double(coords.cols - nodes.cols) * coords.rows * sizeof(double) +
-                                                  double(out.rows) * out.cols * sizeof(unsigned));
-    coords = dense2D<double>();
-    out = dense2D<unsigned>();
+    {
+      dense2D<double> coords;
+      dense2D<unsigned> out;
+      auto call = split(m, coords, out);
+      state.ResumeTiming();
+      call();
+      state.PauseTiming();
+      if (!baseline)
+        baseline =
+            std::make_unique<bench::write_baseline>(double(coords.cols - m.nodes.cols) * coords.rows * sizeof(double) +
+                                                    double(out.rows) * out.cols * sizeof(unsigned));
+    }
+    if (order != bench::numbering::generated) {
+      dense2D<double> coords;
+      dense2D<unsigned> out;
+      peer.time(split(generated, coords, out));
+    }
     baseline->measure(state);
     state.ResumeTiming();
   }
+  if (order != bench::numbering::generated) peer.report(state, "x_generated");
   baseline->report(state);
-  bench::per_element(state, elements.cols);
+  bench::per_element(state, m.elements.cols);
 }
 BENCHMARK(split_into_Q4_T3)->Apply(bench::numberings);
 
 void split_Q4_into_T3_with_coords(benchmark::State& state) {
-  dense2D<double> coords = bench::grid_nodes(1000, 0.25);
-  dense2D<unsigned> elements = bench::grid_quadrangles(1000);
-  bench::renumber(coords, elements, static_cast<bench::numbering>(state.range(0)));
-  bench::write_baseline baseline(double(elements.cols) * 2 * 3 * sizeof(unsigned));
+  const auto order = static_cast<bench::numbering>(state.range(0));
+  auto make = [](bench::numbering o) {
+    mesh m{bench::grid_nodes(1000, 0.25), bench::grid_quadrangles(1000)};
+    bench::renumber(m.nodes, m.elements, o);
+    return m;
+  };
+  const mesh m = make(order), generated = order == bench::numbering::generated ? mesh() : make({});
+  bench::write_baseline baseline(double(m.elements.cols) * 2 * 3 * sizeof(unsigned));
+  bench::yardstick peer;
   for (auto _ : state) {
     dense2D<unsigned> out;
-    benchmark::DoNotOptimize(split_Q4_into_T3(coords, elements, out));
+    benchmark::DoNotOptimize(split_Q4_into_T3(m.nodes, m.elements, out));
     state.PauseTiming();
+    out = dense2D<unsigned>();
+    if (order != bench::numbering::generated)
+      peer.time([&] { benchmark::DoNotOptimize(split_Q4_into_T3(generated.nodes, generated.elements, out)); });
     out = dense2D<unsigned>();
     baseline.measure(state);
     state.ResumeTiming();
   }
+  if (order != bench::numbering::generated) peer.report(state, "x_generated");
   baseline.report(state);
-  bench::per_element(state, elements.cols);
+  bench::per_element(state, m.elements.cols);
 }
 BENCHMARK(split_Q4_into_T3_with_coords)->Apply(bench::numberings);
 
