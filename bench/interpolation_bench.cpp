@@ -48,7 +48,7 @@ std::uint64_t hilbert(double x, double y) {
 }
 
 // The mesh and its targets, built once per numbering: nodes, then the
-// targets in random order (`shuffled`) or along the Hilbert curve (`sorted`).
+// targets in the order drawn (`xy`) or along the Hilbert curve (`sorted`).
 struct workload : bench::located_mesh {
   dense2D<double> sorted;
   dense1D<double> field;

@@ -18,9 +18,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <random>
-#include <vector>
 
 #include "bench_support.h"
 #include "interpolation/local_coordinates.h"
