@@ -5,6 +5,7 @@
 #include <random>
 #include <vector>
 
+#include "neighbour_table.h"
 #include "tesskit2d/extras.h"
 
 namespace bench {
@@ -101,6 +102,30 @@ void renumber(dense2D<double>& nodes, dense2D<unsigned>& elements, numbering ord
     }
   nodes = std::move(moved);
   elements = std::move(shuffled);
+}
+
+located_mesh make_located_mesh(unsigned n, double jitter, numbering order) {
+  dense2D<double> nodes = grid_nodes(n, jitter);
+  located_mesh m;
+  m.conn = grid_triangles(n);
+  renumber(nodes, m.conn, order);
+  m.neighbours = triangle_neighbours(m.conn);
+  m.n_background = nodes.cols;
+  const unsigned all = 2 * nodes.cols;
+  m.xy = dense2D<double>(2, all);
+  std::mt19937 random(2);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  for (unsigned j = 0; j < all; ++j)
+    for (unsigned i = 0; i < 2; ++i)
+      m.xy(i, j) = j < nodes.cols ? nodes(i, j) : unit(random);
+  m.ancestors = kelm::dense1D<unsigned>(all, kelm::tesskit2d::null_id);
+  for (unsigned e = 0; e < m.conn.cols; ++e)
+    for (unsigned r = 0; r < 3; ++r)
+      m.ancestors[m.conn(r, e)] = e;
+  m.targets = kelm::dense1D<unsigned>(nodes.cols);
+  for (unsigned k = 0; k < nodes.cols; ++k)
+    m.targets[k] = nodes.cols + k;
+  return m;
 }
 
 } // namespace bench

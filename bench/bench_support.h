@@ -101,6 +101,63 @@ inline void numberings(benchmark::internal::Benchmark* b) {
   b->ArgName("numbering")->Arg(0)->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 }
 
+/// A workload built the first time a benchmark asks for it in a numbering
+/// and kept for the rest of the run, so that every benchmark of a file and
+/// the yardstick on the generated numbering share one copy.
+template <class Workload> class by_numbering {
+public:
+  template <class Make> const Workload& get(numbering order, Make make) {
+    auto& slot = built_[static_cast<int>(order)];
+    if (!slot) slot = std::make_unique<Workload>(make(order));
+    return *slot;
+  }
+
+private:
+  std::unique_ptr<Workload> built_[3];
+};
+
+/// The input of a call that changes nothing: the workload itself.
+struct as_is {
+  template <class Workload> const Workload& operator()(const Workload& w) const { return w; }
+};
+
+/// The loop of a benchmark on the numbering of its first argument: each
+/// repetition times `call(input(of(order)))`, and for the curve and the
+/// shuffled numberings first times the same call on the generated numbering
+/// with the main timing paused ("x_generated"). `input` makes, untimed, what
+/// one call consumes (a copy of what it changes in place) and its result is
+/// released untimed too. The call on the argument's numbering runs last, so
+/// outputs it leaves behind belong to that numbering.
+template <class Of, class Input, class Call>
+void against_generated(benchmark::State& state, Of of, Input input, Call call) {
+  const auto order = static_cast<numbering>(state.range(0));
+  const auto& w = of(order);
+  const auto* generated = order == numbering::generated ? nullptr : &of(numbering::generated);
+  // One untimed call on each first, so that outputs a call keeps between
+  // repetitions are allocated before either side is timed.
+  for (const auto* warm : {generated, &w})
+    if (warm) {
+      decltype(auto) in = input(*warm);
+      call(in);
+    }
+  yardstick peer;
+  for (auto _ : state) {
+    state.PauseTiming();
+    if (generated) {
+      decltype(auto) in = input(*generated);
+      peer.time([&] { call(in); });
+    }
+    {
+      decltype(auto) in = input(w);
+      state.ResumeTiming();
+      call(in);
+      state.PauseTiming();
+    }
+    state.ResumeTiming();
+  }
+  if (generated) peer.report(state, "x_generated");
+}
+
 /// Nodes of an (n + 1) by (n + 1) grid on the unit square, row by row, each
 /// moved by up to `jitter` of a cell in x and y (fixed seed).
 dense2D<double> grid_nodes(unsigned n, double jitter = 0.0);
@@ -110,5 +167,19 @@ dense2D<unsigned> grid_quadrangles(unsigned n);
 
 /// The grid's quadrangles cut along alternating diagonals: 2 n^2 triangles.
 dense2D<unsigned> grid_triangles(unsigned n);
+
+/// The workload of interpolation: the n by n grid's triangles, nodes
+/// jittered by `jitter`, in the numbering `order`, with their neighbour
+/// table, and as many targets as nodes drawn uniformly in the unit square
+/// (fixed seed) and appended behind the nodes in the order drawn. The
+/// targets are the same in every numbering.
+struct located_mesh {
+  dense2D<double> xy;                 ///< nodes, then targets
+  dense2D<unsigned> conn, neighbours; ///< T3 and the element across each edge
+  kelm::dense1D<unsigned> ancestors;  ///< an element holding each node, `null_id` for targets
+  kelm::dense1D<unsigned> targets;    ///< the columns of the targets
+  unsigned n_background = 0;          ///< nodes of the mesh
+};
+located_mesh make_located_mesh(unsigned n, double jitter, numbering order);
 
 } // namespace bench

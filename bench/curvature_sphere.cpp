@@ -7,8 +7,9 @@
 
 namespace bench {
 
-curvature_sphere make_curvature_sphere(unsigned n) {
+curvature_sphere make_curvature_sphere(unsigned n, numbering order) {
   geodesic_sphere g = make_geodesic_sphere(n);
+  renumber(g.coords, g.conn, order);
   curvature_sphere s{g.coords, g.conn, triangle_neighbours(g.conn), 0};
   // Each inner edge is seen from both sides: count it from the side of its
   // higher element only.

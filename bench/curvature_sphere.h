@@ -2,6 +2,7 @@
 // The geodesic unit sphere on which curvature and metric generation are
 // measured.
 
+#include "bench_support.h"
 #include "tesskit2d/mesh.h"
 
 namespace bench {
@@ -17,7 +18,7 @@ struct curvature_sphere {
 };
 
 /// The geodesic sphere of the surface benchmarks (`make_geodesic_sphere`)
-/// with its neighbour table and mean edge length.
-curvature_sphere make_curvature_sphere(unsigned n);
+/// in the numbering `order`, with its neighbour table and mean edge length.
+curvature_sphere make_curvature_sphere(unsigned n, numbering order = numbering::generated);
 
 } // namespace bench

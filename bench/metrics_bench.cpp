@@ -8,7 +8,9 @@
 // scalar field (whose search runs targets in blocks with prefetching), and
 // the plain search that interpolate_metrics makes (tree, walk, local
 // coordinates and a linear blend of one value, target by target), so that
-// the difference is what the metric algebra adds. Counters are per target.
+// the difference is what the metric algebra adds. Counters are per target
+// and per element; the background mesh comes in the three numberings, the
+// targets are the same in all.
 //
 // metrics_struct filling the interior of a 1000 x 1000 structured grid from
 // its 4000 boundary values, as sizes, 2 by 2 and 3 by 3 metrics. Counters
@@ -16,9 +18,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <random>
-#include <vector>
 
 #include "bench_support.h"
 #include "interpolation/local_coordinates.h"
@@ -33,27 +32,6 @@ using kelm::dense1D;
 using kelm::dense2D;
 
 constexpr unsigned side = 1000;
-
-// The element across each edge, from the edges sorted by their node pair.
-dense2D<unsigned> neighbours_of(const dense2D<unsigned>& conn) {
-  std::vector<std::pair<std::uint64_t, unsigned>> edges;
-  edges.reserve(std::size_t(conn.cols) * 3);
-  for (unsigned e = 0; e < conn.cols; ++e)
-    for (unsigned s = 0; s < 3; ++s) {
-      const unsigned a = conn((s + 1) % 3, e), b = conn((s + 2) % 3, e);
-      edges.push_back({std::uint64_t(std::min(a, b)) << 32 | std::max(a, b), e * 3 + s});
-    }
-  std::sort(edges.begin(), edges.end());
-  dense2D<unsigned> nb(3, conn.cols, null_id);
-  for (std::size_t k = 0; k + 1 < edges.size(); ++k)
-    if (edges[k].first == edges[k + 1].first) {
-      const unsigned p = edges[k].second, q = edges[k + 1].second;
-      nb(p % 3, p / 3) = q / 3;
-      nb(q % 3, q / 3) = p / 3;
-      ++k;
-    }
-  return nb;
-}
 
 void put_metric(dense2D<double>& m, unsigned j, double hx, double hy, double angle) {
   const double c = std::cos(angle), s = std::sin(angle), ex = 1 / (hx * hx), ey = 1 / (hy * hy);
@@ -72,34 +50,15 @@ void layer_sizes(double x, double y, double& along, double& across, double& angl
   angle = 0.2 * x;
 }
 
-struct workload {
-  dense2D<double> xy;
-  dense2D<unsigned> conn, neighbours;
-  dense1D<unsigned> ancestors, targets;
+struct workload : bench::located_mesh {
   dense1D<double> sizes;
   dense2D<double> metrics2, metrics3;
-  workload() {
-    const dense2D<double> nodes = bench::grid_nodes(side, 0.15);
-    conn = bench::grid_triangles(side);
-    neighbours = neighbours_of(conn);
-    const unsigned nb = nodes.cols, n = 2 * nb;
-    xy = dense2D<double>(2, n);
-    std::mt19937 random(2);
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
-    for (unsigned j = 0; j < n; ++j)
-      for (unsigned i = 0; i < 2; ++i)
-        xy(i, j) = j < nb ? nodes(i, j) : unit(random);
-    ancestors = dense1D<unsigned>(n, null_id);
-    for (unsigned e = 0; e < conn.cols; ++e)
-      for (unsigned r = 0; r < 3; ++r)
-        ancestors[conn(r, e)] = e;
-    targets = dense1D<unsigned>(nb);
-    for (unsigned k = 0; k < nb; ++k)
-      targets[k] = nb + k;
+  explicit workload(bench::numbering order) : bench::located_mesh(bench::make_located_mesh(side, 0.15, order)) {
+    const unsigned n = xy.cols;
     sizes = dense1D<double>(n, 0.0);
     metrics2 = dense2D<double>(3, n, 0.0);
     metrics3 = dense2D<double>(6, n, 0.0);
-    for (unsigned j = 0; j < nb; ++j) {
+    for (unsigned j = 0; j < n_background; ++j) {
       double along, across, angle;
       layer_sizes(xy(0, j), xy(1, j), along, across, angle);
       sizes[j] = across;
@@ -109,21 +68,21 @@ struct workload {
   }
 };
 
-const workload& mesh() {
-  static const workload w;
-  return w;
+const workload& mesh(bench::numbering order = bench::numbering::generated) {
+  static bench::by_numbering<workload> built;
+  return built.get(order, [](bench::numbering o) { return workload(o); });
 }
 
 void per_target(benchmark::State& state) {
   state.counters["ns/target"] = benchmark::Counter(mesh().targets.size, benchmark::Counter::kIsIterationInvariantRate |
                                                                             benchmark::Counter::kInvert);
+  bench::per_element(state, mesh().conn.cols);
 }
 
 // What every target pays before any metric is touched: the tree, the walk,
 // the barycentric weights and one linear blend.
 void search_alone_W1(benchmark::State& state) {
-  const workload& w = mesh();
-  for (auto _ : state) {
+  bench::against_generated(state, mesh, bench::as_is(), [](const workload& w) {
     point_locator locator(w.xy, w.conn, w.neighbours, w.ancestors);
     edge_picker picker;
     locator.tree.fill_from_mesh<T3>(w.conn);
@@ -139,10 +98,10 @@ void search_alone_W1(benchmark::State& state) {
       sum += (w.sizes[c[1]] - w.sizes[c[2]]) * wt[1] + (w.sizes[c[0]] - w.sizes[c[2]]) * wt[0] + w.sizes[c[2]];
     }
     benchmark::DoNotOptimize(sum);
-  }
+  });
   per_target(state);
 }
-BENCHMARK(search_alone_W1)->Unit(benchmark::kMillisecond);
+BENCHMARK(search_alone_W1)->Apply(bench::numberings);
 
 // A deep copy, so that each run starts from the same field.
 void fresh(dense1D<double>& to, const dense1D<double>& from) {
@@ -151,36 +110,32 @@ void fresh(dense1D<double>& to, const dense1D<double>& from) {
 }
 void fresh(dense2D<double>& to, const dense2D<double>& from) { to.copy(from); }
 
-void interpolate_scalar_W1(benchmark::State& state) {
-  const workload& w = mesh();
-  for (auto _ : state) {
-    state.PauseTiming();
-    dense1D<double> f;
-    fresh(f, w.sizes);
-    state.ResumeTiming();
-    benchmark::DoNotOptimize(interpolate(w.xy, w.conn, w.neighbours, w.ancestors, f, w.targets, T3));
-  }
+// Interpolates a fresh copy of the field that `field` picks from the
+// workload, with `scalar` or with the metric transfer.
+template <class Field> void transfer(benchmark::State& state, Field workload::*field, bool scalar) {
+  bench::against_generated(
+      state, mesh,
+      [field](const workload& w) {
+        std::pair<const workload*, Field> in{&w, Field()};
+        fresh(in.second, w.*field);
+        return in;
+      },
+      [scalar](std::pair<const workload*, Field>& in) {
+        const workload& w = *in.first;
+        benchmark::DoNotOptimize(
+            scalar ? interpolate(w.xy, w.conn, w.neighbours, w.ancestors, in.second, w.targets, T3)
+                   : interpolate_metrics(w.xy, w.conn, w.neighbours, w.ancestors, in.second, w.targets, false, T3));
+      });
   per_target(state);
 }
-BENCHMARK(interpolate_scalar_W1)->Unit(benchmark::kMillisecond);
-
-template <class Field> void transfer(benchmark::State& state, const Field& source) {
-  const workload& w = mesh();
-  for (auto _ : state) {
-    state.PauseTiming();
-    Field f;
-    fresh(f, source);
-    state.ResumeTiming();
-    benchmark::DoNotOptimize(interpolate_metrics(w.xy, w.conn, w.neighbours, w.ancestors, f, w.targets, false, T3));
-  }
-  per_target(state);
-}
-void interpolate_metrics_sizes_W1(benchmark::State& state) { transfer(state, mesh().sizes); }
-void interpolate_metrics_3_rows_W1(benchmark::State& state) { transfer(state, mesh().metrics2); }
-void interpolate_metrics_6_rows_W1(benchmark::State& state) { transfer(state, mesh().metrics3); }
-BENCHMARK(interpolate_metrics_sizes_W1)->Unit(benchmark::kMillisecond);
-BENCHMARK(interpolate_metrics_3_rows_W1)->Unit(benchmark::kMillisecond);
-BENCHMARK(interpolate_metrics_6_rows_W1)->Unit(benchmark::kMillisecond);
+void interpolate_scalar_W1(benchmark::State& state) { transfer(state, &workload::sizes, true); }
+void interpolate_metrics_sizes_W1(benchmark::State& state) { transfer(state, &workload::sizes, false); }
+void interpolate_metrics_3_rows_W1(benchmark::State& state) { transfer(state, &workload::metrics2, false); }
+void interpolate_metrics_6_rows_W1(benchmark::State& state) { transfer(state, &workload::metrics3, false); }
+BENCHMARK(interpolate_scalar_W1)->Apply(bench::numberings);
+BENCHMARK(interpolate_metrics_sizes_W1)->Apply(bench::numberings);
+BENCHMARK(interpolate_metrics_3_rows_W1)->Apply(bench::numberings);
+BENCHMARK(interpolate_metrics_6_rows_W1)->Apply(bench::numberings);
 
 // Loop 0 .. 4 side - 1, 0 of a side by side grid, and per boundary node its
 // sizes along x and y: fine across the first side, coarse along it, turning

@@ -33,70 +33,87 @@ dense2D<double> spoilt_nodes(unsigned dim) {
   return x;
 }
 
+// The spoilt grid with its quadrangles in the numbering the argument names,
+// built once per space and numbering.
+struct mesh {
+  dense2D<double> coords;
+  dense2D<unsigned> quadrangles;
+};
+
+template <unsigned dim> const mesh& spoilt(bench::numbering order) {
+  static bench::by_numbering<mesh> built;
+  return built.get(order, [](bench::numbering o) {
+    mesh m{spoilt_nodes(dim), bench::grid_quadrangles(cells)};
+    bench::renumber(m.coords, m.quadrangles, o);
+    return m;
+  });
+}
+
 // The floor: every corner of every quadrangle read once, as the split's own
 // pass reads them, and summed so that nothing is optimised away.
-void read_corners(benchmark::State& state, unsigned dim) {
-  const dense2D<double> coords = spoilt_nodes(dim);
-  const dense2D<unsigned> conn = bench::grid_quadrangles(cells);
-  for (auto _ : state) {
+template <unsigned dim> void read_corners(benchmark::State& state) {
+  bench::against_generated(state, spoilt<dim>, bench::as_is(), [](const mesh& m) {
     double sum = 0;
-    for (unsigned e = 0; e < conn.cols; ++e) {
-      const unsigned* c = conn.column(e);
+    for (unsigned e = 0; e < m.quadrangles.cols; ++e) {
+      const unsigned* c = m.quadrangles.column(e);
       for (unsigned k = 0; k < 4; ++k) {
-        const double* p = coords.column(c[k]);
+        const double* p = m.coords.column(c[k]);
         for (unsigned r = 0; r < dim; ++r)
           sum += p[r];
       }
     }
     benchmark::DoNotOptimize(sum);
-  }
-  bench::per_element(state, conn.cols);
+  });
+  bench::per_element(state, double(cells) * cells);
 }
 
-// Each iteration cuts a fresh copy of the mesh, made outside the timed region,
-// since the split works in place. With `room` the copy has room for 2% more
-// columns, as a caller who expects a few cuts would reserve; without it the
-// call has to move the whole array to append, which on a fresh buffer also
-// costs the page faults of 16 MB.
-void split_failing(benchmark::State& state, bool room, unsigned dim, double max_angle, double max_warp,
-                   double min_jacobian, int diagonal) {
-  const dense2D<double> coords = spoilt_nodes(dim);
-  const dense2D<unsigned> quadrangles = bench::grid_quadrangles(cells);
+// Each call cuts a fresh copy of the quadrangles, made outside the timed
+// region, since the split works in place. With `room` the copy has room for
+// 2% more columns, as a caller who expects a few cuts would reserve; without
+// it the call has to move the whole array to append, which on a fresh buffer
+// also costs the page faults of 16 MB.
+template <unsigned dim>
+void split_failing(benchmark::State& state, bool room, double max_angle, double max_warp, double min_jacobian,
+                   int diagonal) {
+  struct cut {
+    const mesh& m;
+    dense2D<unsigned> conn;
+  };
   const dense1D<unsigned, 8> all;
   dense1D<unsigned, 8> split;
   int n_split = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    dense2D<unsigned> conn;
-    conn.copy(quadrangles);
-    if (room) conn.reserve(4, quadrangles.cols + quadrangles.cols / 50);
-    state.ResumeTiming();
-    n_split = split_Q4_into_T3(coords, max_angle, max_warp, min_jacobian, diagonal, all, split, conn);
-    benchmark::DoNotOptimize(n_split);
-    state.PauseTiming();
-    conn = dense2D<unsigned>();
-    state.ResumeTiming();
-  }
+  bench::against_generated(
+      state, spoilt<dim>,
+      [room](const mesh& m) {
+        cut c{m, {}};
+        c.conn.copy(m.quadrangles);
+        if (room) c.conn.reserve(4, m.quadrangles.cols + m.quadrangles.cols / 50);
+        return c;
+      },
+      [&](cut& c) {
+        n_split = split_Q4_into_T3(c.m.coords, max_angle, max_warp, min_jacobian, diagonal, all, split, c.conn);
+        benchmark::DoNotOptimize(n_split);
+      });
   state.counters["split"] = n_split;
-  bench::per_element(state, quadrangles.cols);
+  bench::per_element(state, double(cells) * cells);
 }
 
-void read_corners_2d(benchmark::State& state) { read_corners(state, 2); }
-void read_corners_3d(benchmark::State& state) { read_corners(state, 3); }
+void read_corners_2d(benchmark::State& state) { read_corners<2>(state); }
+void read_corners_3d(benchmark::State& state) { read_corners<3>(state); }
 // Largest angle 160 degrees and scaled Jacobian 0.2 in the plane, with the
 // warp at 20 degrees in space.
-void optimised_split_2d_quality_cut(benchmark::State& state) { split_failing(state, true, 2, 160 * deg, 0, 0.2, 0); }
-void optimised_split_2d_shorter_cut(benchmark::State& state) { split_failing(state, true, 2, 160 * deg, 0, 0.2, 1); }
-void optimised_split_2d_no_room(benchmark::State& state) { split_failing(state, false, 2, 160 * deg, 0, 0.2, 0); }
+void optimised_split_2d_quality_cut(benchmark::State& state) { split_failing<2>(state, true, 160 * deg, 0, 0.2, 0); }
+void optimised_split_2d_shorter_cut(benchmark::State& state) { split_failing<2>(state, true, 160 * deg, 0, 0.2, 1); }
+void optimised_split_2d_no_room(benchmark::State& state) { split_failing<2>(state, false, 160 * deg, 0, 0.2, 0); }
 void optimised_split_3d_quality_cut(benchmark::State& state) {
-  split_failing(state, true, 3, 160 * deg, 20 * deg, 0.2, 0);
+  split_failing<3>(state, true, 160 * deg, 20 * deg, 0.2, 0);
 }
 
-BENCHMARK(read_corners_2d)->Unit(benchmark::kMillisecond);
-BENCHMARK(optimised_split_2d_quality_cut)->Unit(benchmark::kMillisecond);
-BENCHMARK(optimised_split_2d_shorter_cut)->Unit(benchmark::kMillisecond);
-BENCHMARK(optimised_split_2d_no_room)->Unit(benchmark::kMillisecond);
-BENCHMARK(read_corners_3d)->Unit(benchmark::kMillisecond);
-BENCHMARK(optimised_split_3d_quality_cut)->Unit(benchmark::kMillisecond);
+BENCHMARK(read_corners_2d)->Apply(bench::numberings);
+BENCHMARK(optimised_split_2d_quality_cut)->Apply(bench::numberings);
+BENCHMARK(optimised_split_2d_shorter_cut)->Apply(bench::numberings);
+BENCHMARK(optimised_split_2d_no_room)->Apply(bench::numberings);
+BENCHMARK(read_corners_3d)->Apply(bench::numberings);
+BENCHMARK(optimised_split_3d_quality_cut)->Apply(bench::numberings);
 
 } // namespace

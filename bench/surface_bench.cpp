@@ -14,15 +14,40 @@ namespace {
 using namespace kelm::tesskit2d;
 
 // 316 splits per icosahedron edge: 1,997,120 triangles on 998,562 nodes,
-// built once for all the benchmarks of this file.
-const bench::geodesic_sphere& sphere() {
-  static const bench::geodesic_sphere s = bench::make_geodesic_sphere(316);
-  return s;
+// in the numbering the argument names, with what the calls read besides:
+// node normals, the neighbour table and an element holding each node.
+struct surface {
+  dense2D<double> coords, normals;
+  dense2D<unsigned> conn, neighbours;
+  dense1D<unsigned> ancestors;
+};
+
+const surface& sphere(bench::numbering order) {
+  static bench::by_numbering<surface> built;
+  return built.get(order, [](bench::numbering o) {
+    bench::geodesic_sphere g = bench::make_geodesic_sphere(316);
+    bench::renumber(g.coords, g.conn, o);
+    surface s{g.coords, {}, g.conn, bench::triangle_neighbours(g.conn), dense1D<unsigned>(g.coords.cols, null_id)};
+    normals(s.coords, s.conn, 1.0, true, s.normals);
+    for (unsigned j = s.conn.cols; j-- > 0;)
+      for (unsigned r = 0; r < 3; ++r)
+        s.ancestors[s.conn(r, j)] = j;
+    return s;
+  });
 }
 
 void per(benchmark::State& state, const char* name, double count) {
   state.counters[name] =
       benchmark::Counter(count, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// Times `call` on the sphere of the argument's numbering against the
+// generated one, per element and per node.
+template <class Input, class Call> void on_sphere(benchmark::State& state, Input input, Call call) {
+  bench::against_generated(state, sphere, input, call);
+  const surface& s = sphere(bench::numbering::generated);
+  bench::per_element(state, s.conn.cols);
+  per(state, "ns/node", s.coords.cols);
 }
 
 // The mean and the largest angle, in degrees, between the node normals and
@@ -45,73 +70,59 @@ void angle_errors(benchmark::State& state, const dense2D<double>& n, const dense
 // Node normals weighted by element size, as unit vectors: the form that
 // offsetting calls.
 void normals_per_node(benchmark::State& state) {
-  const auto& s = sphere();
   dense2D<double> out;
-  for (auto _ : state)
-    benchmark::DoNotOptimize(normals(s.coords, s.conn, 1.0, true, out));
-  per(state, "ns/node", s.coords.cols);
-  angle_errors(state, out, s.coords);
+  on_sphere(state, bench::as_is(),
+            [&](const surface& s) { benchmark::DoNotOptimize(normals(s.coords, s.conn, 1.0, true, out)); });
+  angle_errors(state, out, sphere(static_cast<bench::numbering>(state.range(0))).coords);
 }
-BENCHMARK(normals_per_node)->Unit(benchmark::kMillisecond);
+BENCHMARK(normals_per_node)->Apply(bench::numberings);
 
 // Baselines on the same triangles: one normal per element, and the total
 // area, which reads the same nodes and writes nothing.
 void normals_per_element(benchmark::State& state) {
-  const auto& s = sphere();
   dense2D<double> out;
-  for (auto _ : state)
-    benchmark::DoNotOptimize(normals(s.coords, s.conn, true, out));
-  per(state, "ns/node", s.coords.cols);
+  on_sphere(state, bench::as_is(),
+            [&](const surface& s) { benchmark::DoNotOptimize(normals(s.coords, s.conn, true, out)); });
 }
-BENCHMARK(normals_per_element)->Unit(benchmark::kMillisecond);
+BENCHMARK(normals_per_element)->Apply(bench::numberings);
 
 void area_of_sphere(benchmark::State& state) {
-  const auto& s = sphere();
   double total = 0;
-  for (auto _ : state)
-    benchmark::DoNotOptimize(area(s.coords, s.conn, total));
-  per(state, "ns/node", s.coords.cols);
+  on_sphere(state, bench::as_is(), [&](const surface& s) { benchmark::DoNotOptimize(area(s.coords, s.conn, total)); });
   state.counters["area/4pi"] = total / (4 * std::acos(-1.0));
 }
-BENCHMARK(area_of_sphere)->Unit(benchmark::kMillisecond);
+BENCHMARK(area_of_sphere)->Apply(bench::numberings);
 
-// Offsetting by a distance, with the normals given (the set of used nodes
-// and the moves) and computed by the call.
-void offset_given_normals(benchmark::State& state) {
-  const auto& s = sphere();
+// Offsetting a fresh copy of the nodes by a distance, with the normals given
+// (the set of used nodes and the moves) and computed by the call.
+struct moved {
+  const surface& s;
   dense2D<double> xyz;
-  xyz.copy(s.coords);
-  dense2D<double> n;
-  normals(s.coords, s.conn, 1.0, true, n);
-  for (auto _ : state)
-    benchmark::DoNotOptimize(offset(xyz, s.conn, n, 1e-6));
-  per(state, "ns/node", s.coords.cols);
+};
+moved fresh_nodes(const surface& s) {
+  moved m{s, {}};
+  m.xyz.copy(s.coords);
+  return m;
 }
-BENCHMARK(offset_given_normals)->Unit(benchmark::kMillisecond);
+
+void offset_given_normals(benchmark::State& state) {
+  on_sphere(state, fresh_nodes, [](moved& m) { benchmark::DoNotOptimize(offset(m.xyz, m.s.conn, m.s.normals, 1e-6)); });
+}
+BENCHMARK(offset_given_normals)->Apply(bench::numberings);
 
 void offset_by_distance(benchmark::State& state) {
-  const auto& s = sphere();
-  dense2D<double> xyz;
-  xyz.copy(s.coords);
-  for (auto _ : state)
-    benchmark::DoNotOptimize(offset(xyz, s.conn, 1e-6));
-  per(state, "ns/node", s.coords.cols);
+  on_sphere(state, fresh_nodes, [](moved& m) { benchmark::DoNotOptimize(offset(m.xyz, m.s.conn, 1e-6)); });
 }
-BENCHMARK(offset_by_distance)->Unit(benchmark::kMillisecond);
+BENCHMARK(offset_by_distance)->Apply(bench::numberings);
 
 // The rings of all nodes, each from the first element that holds the node.
 void connected_elements(benchmark::State& state) {
-  const auto& s = sphere();
-  const dense2D<unsigned> nb = bench::triangle_neighbours(s.conn);
-  dense1D<unsigned> ancestors(s.coords.cols, null_id), offsets, elements;
-  for (unsigned j = s.conn.cols; j-- > 0;)
-    for (unsigned r = 0; r < 3; ++r)
-      ancestors[s.conn(r, j)] = j;
-  for (auto _ : state)
-    benchmark::DoNotOptimize(get_connected_elements(s.conn, nb, ancestors, offsets, elements));
-  per(state, "ns/entry", 3.0 * s.conn.cols);
-  per(state, "ns/node", s.coords.cols);
+  dense1D<unsigned> offsets, elements;
+  on_sphere(state, bench::as_is(), [&](const surface& s) {
+    benchmark::DoNotOptimize(get_connected_elements(s.conn, s.neighbours, s.ancestors, offsets, elements));
+  });
+  per(state, "ns/entry", 3.0 * sphere(bench::numbering::generated).conn.cols);
 }
-BENCHMARK(connected_elements)->Unit(benchmark::kMillisecond);
+BENCHMARK(connected_elements)->Apply(bench::numberings);
 
 } // namespace
