@@ -3,6 +3,7 @@
 
 #include "conversion/quadrangle_cut.h"
 #include "conversion/split_criteria.h"
+#include "foundation/prefetch.h"
 #include "foundation/separate_input.h"
 #include "foundation/status.h"
 #include "geometry/primitives.h"
@@ -45,7 +46,11 @@ int collect_failing(const dense2D<double>& coords, const split_thresholds& t, co
   const unsigned* ids = conn.buffer->data + conn.offset;
   const unsigned long long xld = coords.ld, cld = conn.ld;
   const unsigned n_nodes = coords.cols;
+  // Over all columns the walk is in column order and can request the nodes
+  // ahead; a caller's list of candidates can be in any order.
+  node_prefetcher ahead(coords, conn);
   for (unsigned i = 0; i < count; ++i) {
+    if (Validate) ahead.at(i);
     const unsigned j = column_of(i);
     const unsigned* c = ids + j * cld;
     const bool triangle = c[3] == null_id;

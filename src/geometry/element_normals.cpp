@@ -1,3 +1,4 @@
+#include "foundation/prefetch.h"
 #include "geometry/normal_input.h"
 #include "tesskit2d/normals.h"
 
@@ -8,7 +9,9 @@ namespace {
 template <bool Mixed>
 void element_normals_of(const dense2D<double>& coords, const dense2D<unsigned>& conn, bool unit,
                         dense2D<double>& out) noexcept {
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols; ++j) {
+    ahead.at(j);
     vector_fixed<double, 3> n = raw_normal<Mixed>(coords, conn.column(j));
     if (unit) normalise(n, squared_length(n));
     double* o = out.column(j);

@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "foundation/output_clear.h"
+#include "foundation/prefetch.h"
 #include "foundation/status.h"
 #include "geometry/normal_input.h"
 #include "tesskit2d/normals.h"
@@ -36,7 +37,9 @@ template <bool Weighted> struct accumulators {
 // so a pure triangle mesh carries no test of row 3.
 template <bool Mixed, class Visit>
 void each_corner(const dense2D<double>& coords, const dense2D<unsigned>& conn, Visit visit) noexcept {
+  node_prefetcher ahead(coords, conn);
   for (unsigned j = 0; j < conn.cols; ++j) {
+    ahead.at(j);
     const unsigned* c = conn.column(j);
     vector_fixed<double, 3> n = raw_normal<Mixed>(coords, c);
     const double size = normalise(n, squared_length(n));
