@@ -100,8 +100,8 @@ void renumber(dense2D<double>& nodes, dense2D<unsigned>& elements, numbering ord
       const unsigned id = elements(i, element[j]);
       shuffled(i, j) = id == kelm::tesskit2d::null_id ? id : new_id[id];
     }
-  nodes = std::move(moved);
-  elements = std::move(shuffled);
+  nodes = moved;
+  elements = shuffled;
 }
 
 located_mesh make_located_mesh(unsigned n, double jitter, numbering order) {

@@ -73,8 +73,8 @@ void raise_to_quadratic(benchmark::State& state, kind k) {
       state.PauseTiming();
     }
     if (order != bench::numbering::generated) {
-      auto [coords, conn] = raise(generated);
-      peer.time([&] { benchmark::DoNotOptimize(convert_into_quadratic(coords, conn)); });
+      auto copies = raise(generated);
+      peer.time([&] { benchmark::DoNotOptimize(convert_into_quadratic(copies.first, copies.second)); });
     }
     baseline.measure(state);
     state.ResumeTiming();

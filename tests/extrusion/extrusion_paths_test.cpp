@@ -185,8 +185,10 @@ TEST(ExtrusionGeometry, TranslationAreaIsLineLengthTimesHeightAndSpaceLiftsTheRo
   dense2D<unsigned> out;
   ASSERT_EQ(extrude_translate_Q4(c, chain(), v3{{0, 2, 6}}, 3u, out), 0);
   ASSERT_EQ(c.rows, 3u);
-  for (unsigned id = 0; id < c.cols; ++id) // three nodes a layer
-    EXPECT_NEAR(c(2, id), 2.0 * (id / 3), 1e-13);
+  for (unsigned id = 0; id < c.cols; ++id) { // three nodes a layer
+    const unsigned layer = id / 3;
+    EXPECT_NEAR(c(2, id), 2.0 * layer, 1e-13);
+  }
 }
 
 TEST(ExtrusionGeometry, RotationKeepsDistancesFromTheAxisAndAFullTurnClosesInSpace) {

@@ -56,7 +56,6 @@ TEST(HashTable, RebuildsAboveLoadTwoKeepMappings) {
   }
 }
 
-
 TEST(HashTable, OutOfMemoryIsReportedAndTheOldTableStands) {
   id_map t(23);
   for (unsigned k = 0; k < 30; ++k)

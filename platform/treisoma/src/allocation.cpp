@@ -58,15 +58,16 @@ void* map_huge(std::size_t bytes) noexcept {
   const std::size_t reserved = length + huge_page;
   void* raw = mmap(nullptr, reserved, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (raw == MAP_FAILED) return nullptr;
-  const std::uintptr_t at = reinterpret_cast<std::uintptr_t>(raw);
-  const std::uintptr_t start = (at + huge_page - 1) & ~std::uintptr_t(huge_page - 1);
-  if (start > at) munmap(raw, start - at);
-  const std::uintptr_t end = start + length, reserved_end = at + reserved;
-  if (reserved_end > end) munmap(reinterpret_cast<void*>(end), reserved_end - end);
+  unsigned char* const first = static_cast<unsigned char*>(raw);
+  const std::size_t misalignment = reinterpret_cast<std::uintptr_t>(raw) & (huge_page - 1);
+  const std::size_t lead = misalignment ? huge_page - misalignment : 0;
+  unsigned char* const start = first + lead;
+  if (lead) munmap(first, lead);
+  munmap(start + length, reserved - lead - length);
   // Advice only: a kernel without transparent huge pages refuses it and the
   // mapping works on small pages.
-  madvise(reinterpret_cast<void*>(start), length, MADV_HUGEPAGE);
-  unsigned char* storage = reinterpret_cast<unsigned char*>(start) + mapped_offset;
+  madvise(start, length, MADV_HUGEPAGE);
+  unsigned char* storage = start + mapped_offset;
   *reinterpret_cast<block_head*>(storage - sizeof(block_head)) = {length, mapped_offset};
   return storage;
 }
